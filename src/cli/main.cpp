@@ -1,0 +1,69 @@
+// lexicorn: the dictionary engine and card tools without a window.
+
+#include "cli/commands.h"
+#include "cli/output.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <functional>
+#include <map>
+
+namespace {
+
+const char* const usage = R"(usage: lexicorn COMMAND [OPTIONS]
+
+commands:
+  lookup [--home DIR] [--dict collins|LDOCE5] [--sentence TEXT] [--json] WORD...
+      look words up; --json prints one JSON document per word
+  legacy [--home DIR] [--dict 0|1] [--json] WORD
+      the older dictionary front end's record of a word
+  convert [--home DIR]
+      convert Dict/collins.json into the cache Dict/collins_html.json
+  demo [--home DIR] [--sample DIR]
+      load the sample dictionaries and look up every word of the sample book's first page
+
+The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).
+)";
+
+void printError(const char* message)
+{
+    std::fprintf(stderr, "lexicorn: %s\n", message);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QStringList words = app.arguments().mid(1);
+    if (words.isEmpty() || words.front() == QStringLiteral("--help") || words.front() == QStringLiteral("help")) {
+        std::fputs(usage, words.isEmpty() ? stderr : stdout);
+        return words.isEmpty() ? 2 : 0;
+    }
+    using namespace lexicorn::cli;
+    const std::map<QString, std::function<int(Arguments&)>> commands{
+        {QStringLiteral("lookup"), runLookup},
+        {QStringLiteral("legacy"), runLegacy},
+        {QStringLiteral("convert"), runConvert},
+        {QStringLiteral("demo"), runDemo},
+    };
+    const QString name = words.takeFirst();
+    const auto command = commands.find(name);
+    if (command == commands.end()) {
+        printError(QStringLiteral("unknown command \"%1\" (try lexicorn --help)").arg(name).toUtf8().constData());
+        return 2;
+    }
+    try {
+        Arguments arguments(words);
+        const int status = command->second(arguments);
+        std::fflush(stdout);
+        return status;
+    } catch (const UsageError& error) {
+        printError(error.what());
+        return 2;
+    } catch (const CommandError& error) {
+        printError(error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,254 @@
+#include "lexicorn/dictionary/en_word_server.h"
+
+#include "lexicorn/dictionary/dictionary_files.h"
+#include "lexicorn/dictionary/legacy_records.h"
+#include "lexicorn/dictionary/text_helpers.h"
+
+#include "foundation/fatal.h"
+#include "foundation/paths.h"
+
+#include <QFileInfo>
+
+namespace lexicorn {
+
+namespace {
+
+const QString loadQueueLabel = QStringLiteral("com.ksw.hookNM");
+
+void appendMissing(QStringList& list, const QString& item)
+{
+    if (!list.contains(item))
+        list.append(item);
+}
+
+// The spellings tried for a lookup, in order.
+QStringList lookupCandidates(const QString& word, const WordForms& forms)
+{
+    QStringList candidates{word.toLower()};
+    const QStringList parts = word.split(u' ', Qt::SkipEmptyParts);
+    if (parts.size() >= 2) {
+        QStringList headwords;
+        for (const QString& part : parts)
+            headwords.append(forms.headwordFor(part).value_or(part));
+        candidates.append(headwords.join(u' '));
+    }
+    candidates.append(word.toUpper());
+    candidates.append(deletingHyphen(word));
+    candidates.append(deletingSpaceAndBr(word));
+    return candidates;
+}
+
+}  // namespace
+
+EnWordServer::EnWordServer() = default;
+
+EnWordServer& EnWordServer::shared()
+{
+    // Lives for the whole process; never destroyed, so a load job still
+    // running at exit never sees a dead engine.
+    static EnWordServer* server = new EnWordServer;
+    return *server;
+}
+
+std::optional<QString> EnWordServer::path() const
+{
+    std::lock_guard lock(mutex_);
+    return path_;
+}
+
+void EnWordServer::setPath(std::optional<QString> path)
+{
+    std::lock_guard lock(mutex_);
+    path_ = std::move(path);
+}
+
+SelectDictType EnWordServer::dictType() const
+{
+    return *SelectDictType::fromRawValue(dictType_.load());
+}
+
+const WordForms& EnWordServer::wordforms()
+{
+    std::call_once(wordformsOnce_, [this] { wordforms_ = WordForms::load(dictDirectory() + QStringLiteral("/wordforms.json")); });
+    return wordforms_;
+}
+
+void EnWordServer::asyncInitDict()
+{
+    if (isCaching_.load())
+        return;
+    // A new queue for each load, as each load is one job of its own.
+    std::shared_ptr<SerialQueue> queue = SerialQueue::create(loadQueueLabel);
+    {
+        std::lock_guard lock(mutex_);
+        lastLoadQueue_ = queue;
+    }
+    queue->async([this] { loadJob(); });
+}
+
+void EnWordServer::loadJob()
+{
+    isCaching_.store(true);
+    const QString dictFolder = dictDirectory() + u'/';
+    const QString cachePath = dictFolder + dictFileName();
+    setPath(cachePath);
+
+    if (QFileInfo::exists(cachePath) || dictType() != SelectDictType::collins()) {
+        cacheDict_.store(enDict());
+        isCaching_.store(false);
+        return;
+    }
+
+    setPath(dictFolder + QStringLiteral("collins.json"));
+    if (!QFileInfo::exists(*path())) {
+        // No raw file and no cache: the engine stays "loading" for the rest
+        // of the process, so the settings keep saying the cache is being built.
+        cacheDict_.store(CacheDict::empty());
+        return;
+    }
+    cacheDict_.store(enDict());
+    setPath(cachePath);
+    encodeCacheToPath(cachePath);
+    isCaching_.store(false);
+}
+
+void EnWordServer::waitForLoadJobs() const
+{
+    std::shared_ptr<SerialQueue> queue;
+    {
+        std::lock_guard lock(mutex_);
+        queue = lastLoadQueue_;
+    }
+    if (queue)
+        queue->sync([] {});
+}
+
+void EnWordServer::setDictTypeWithNumber(int64_t number)
+{
+    const std::optional<SelectDictType> type = SelectDictType::fromRawValue(number);
+    if (!type)
+        return;
+    if (*type == dictType() && !cacheDictNull())
+        return;
+    cacheDict_.store(CacheDict::empty());
+    dictType_.store(type->rawValue());
+    asyncInitDict();
+}
+
+QString EnWordServer::dictTypeWithIndex(int64_t index) const
+{
+    const std::optional<SelectDictType> type = SelectDictType::fromRawValue(index);
+    if (!type)
+        fatalError(QStringLiteral("dictionary index %1 is neither 0 (LDOCE5) nor 1 (collins)").arg(index));
+    return type->name();
+}
+
+std::shared_ptr<const CacheDict> EnWordServer::enDict() const
+{
+    const std::optional<QString> file = path();
+    if (!file)
+        fatalError(QStringLiteral("a dictionary was read before its path was set"));
+    return readDictionaryFile(*file);
+}
+
+std::shared_ptr<const CacheDict> EnWordServer::enDict(const QString& path)
+{
+    setPath(path);
+    return cacheDict();
+}
+
+void EnWordServer::encodeCacheToPath(const QString& path) const
+{
+    writeCacheFile(*cacheDict(), path);
+}
+
+DictDataPtr EnWordServer::query(const QString& word, const QString& quoteSentence)
+{
+    const std::shared_ptr<const CacheDict> dict = cacheDict();
+    if (dict->isEmpty())
+        return DictData::make(word, quoteSentence, {});
+
+    QString w = word;
+    w.remove(QStringLiteral("- "));  // a word broken at a line end
+    const WordForms& forms = wordforms();
+    const QStringList candidates = lookupCandidates(w, forms);
+
+    std::optional<EnWordDataList> records = dict->find(w);
+    for (qsizetype i = 0; !records && i < candidates.size(); ++i)
+        records = dict->find(candidates[i]);
+    if (!records || records->empty()) {
+        records.reset();
+        for (qsizetype i = 0; !records && i < candidates.size(); ++i) {
+            if (const std::optional<QString> headword = forms.headwordFor(candidates[i]))
+                records = dict->find(*headword);
+        }
+    }
+    return DictData::make(word, quoteSentence, records ? getAllEnWord(*records) : EnWordList{});
+}
+
+std::shared_ptr<HookEnWordData> EnWordServer::query(const QString& word)
+{
+    return legacyRecordFor(word, query(word, QString()));
+}
+
+QStringList EnWordServer::findLinkInDict(const QString& word) const
+{
+    QStringList links;
+    if (const std::optional<EnWordDataList> records = cacheDict()->find(word)) {
+        for (const EnWordDataPtr& record : *records) {
+            if (record->link)
+                appendMissing(links, *record->link);
+        }
+    }
+    return links;
+}
+
+QStringList EnWordServer::findLinkInDict(const QStringList& words) const
+{
+    QStringList links;
+    QStringList processed;
+    for (const QString& word : words) {
+        if (processed.contains(word))
+            continue;
+        processed.append(word);
+        for (const QString& link : findLinkInDict(word))
+            appendMissing(links, link);
+    }
+    return links;
+}
+
+QStringList EnWordServer::findAllLinkInDict(const QString& word) const
+{
+    QStringList reachable{word};
+    for (;;) {
+        bool grew = false;
+        for (const QString& link : findLinkInDict(reachable)) {
+            if (!reachable.contains(link)) {
+                reachable.append(link);
+                grew = true;
+            }
+        }
+        if (!grew)
+            return reachable;
+    }
+}
+
+EnWordList EnWordServer::getAllEnWord(const EnWordDataList& records) const
+{
+    EnWordList entries;
+    const std::shared_ptr<const CacheDict> dict = cacheDict();
+    for (const EnWordDataPtr& record : records) {
+        if (!record->link) {
+            entries.insert(entries.end(), record->enWords.begin(), record->enWords.end());
+            continue;
+        }
+        // A cross-reference: the entries of everything it reaches, not its own.
+        for (const QString& headword : findAllLinkInDict(*record->link)) {
+            for (const EnWordDataPtr& linked : dict->find(headword).value_or(EnWordDataList{}))
+                entries.insert(entries.end(), linked->enWords.begin(), linked->enWords.end());
+        }
+    }
+    return entries;
+}
+
+}  // namespace lexicorn
