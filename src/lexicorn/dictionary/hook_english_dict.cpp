@@ -21,12 +21,15 @@ QString textOf(simdjson::dom::element object, std::string_view key)
     return QString::fromUtf8(text.data(), qsizetype(text.size()));
 }
 
-simdjson::dom::array arrayOf(simdjson::dom::element object, std::string_view key)
+// Calls visit for each element of an array member; nothing when it is missing or not an array.
+template <typename Visit>
+void forEachIn(simdjson::dom::element object, std::string_view key, Visit visit)
 {
     simdjson::dom::array array;
     if (object[key].get_array().get(array))
-        return {};
-    return array;
+        return;
+    for (simdjson::dom::element element : array)
+        visit(element);
 }
 
 // Reads a whole file; a failure is described in error.
@@ -154,19 +157,20 @@ std::shared_ptr<HookEnWordData> HookEnglishDict::collinsRecord(const QString& wo
 {
     // Unlike the engine, senses stay in file order and keep an empty part of speech.
     std::vector<std::shared_ptr<HookEnWordDef>> defs;
-    for (simdjson::dom::element sense : arrayOf(entry, "defs")) {
+    forEachIn(entry, "defs", [&](simdjson::dom::element sense) {
         std::vector<std::shared_ptr<HookEnWordExt>> exts;
-        for (simdjson::dom::element example : arrayOf(sense, "ext"))
+        forEachIn(sense, "ext", [&](simdjson::dom::element example) {
             exts.push_back(HookEnWordExt::initWithCn_en_(textOf(example, "ext_cn"), textOf(example, "ext_en")));
+        });
         defs.push_back(HookEnWordDef::initWithExts_def_cn_def_en_pos_cn_pos_en_(
             std::move(exts), textOf(sense, "def_cn"), textOf(sense, "def_en"), textOf(sense, "pos_cn"), textOf(sense, "pos_en")));
-    }
+    });
     QStringList readings;
-    for (simdjson::dom::element reading : arrayOf(entry, "readings")) {
+    forEachIn(entry, "readings", [&](simdjson::dom::element reading) {
         std::string_view text;
         if (!reading.get_string().get(text))
             readings.append(QString::fromUtf8(text.data(), qsizetype(text.size())));
-    }
+    });
     return HookEnWordData::initWithWord_defs_readings_star_(word, std::move(defs), readings, textOf(entry, "star"));
 }
 

@@ -143,8 +143,11 @@ bool readDocument(simdjson::ondemand::parser& parser, const char* data, size_t l
     if (auto error = parser.iterate(data, length, capacity).get(document))
         return fail(failure, QString::fromUtf8(simdjson::error_message(error)));
     value root;
-    if (auto error = document.get_value().get(root))
+    if (auto error = document.get_value().get(root)) {
+        if (error == simdjson::SCALAR_DOCUMENT_AS_VALUE)
+            return fail(failure, QStringLiteral("is a single value, not an array or an object"));
         return fail(failure, QString::fromUtf8(simdjson::error_message(error)));
+    }
     if (!readRoot(root))
         return false;
     // At the end of the document there is no current location.
