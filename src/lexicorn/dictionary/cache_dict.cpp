@@ -110,6 +110,15 @@ const CacheDict::Span* CacheDict::spanOf(const QString& headword) const
     return found == index_.end() ? nullptr : &found->second;
 }
 
+QStringList CacheDict::headwords() const
+{
+    QStringList words;
+    words.reserve(qsizetype(index_.size()));
+    for (const auto& entry : index_)
+        words.append(QString::fromUtf8(entry.first.data(), qsizetype(entry.first.size())));
+    return words;
+}
+
 bool CacheDict::contains(const QString& headword) const
 {
     return spanOf(headword) != nullptr;

@@ -3,6 +3,8 @@
 #include "lexicorn/dictionary/json_reader.h"
 #include "lexicorn/dictionary/records.h"
 
+#include <QStringList>
+
 #include <simdjson.h>
 
 #include <deque>
@@ -42,6 +44,9 @@ public:
 
     // The records filed under the headword, as new objects; nothing when absent.
     std::optional<EnWordDataList> find(const QString& headword) const;
+
+    // Every headword, in no particular order.
+    QStringList headwords() const;
 
     // The whole dictionary as JSON text (what the cache file holds).
     std::string_view json() const { return {json_.data(), json_.size()}; }
