@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     lexicorn::jsonread::Failure failure;
-    const auto dict = lexicorn::CacheDict::fromJson(simdjson::padded_string(reinterpret_cast<const char*>(data), size), failure);
+    const auto dict = lexicorn::CacheDict::fromJson(lexicorn::JsonBuffer::copyOf({reinterpret_cast<const char*>(data), size}), failure);
     if (!dict) {
         if (failure.what.isEmpty())
             std::abort();  // a rejection must say why

@@ -9,11 +9,11 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     lexicorn::jsonread::Failure failure;
-    const auto words = lexicorn::collinsWords(simdjson::padded_string(reinterpret_cast<const char*>(data), size), failure);
+    const auto words = lexicorn::collinsWords(lexicorn::JsonBuffer::copyOf({reinterpret_cast<const char*>(data), size}), failure);
     if (!words)
         return 0;
     const auto made = lexicorn::CacheDict::fromRecords(lexicorn::toEnWordData(*words));
-    const auto loaded = lexicorn::CacheDict::fromJson(simdjson::padded_string(made->json()), failure);
+    const auto loaded = lexicorn::CacheDict::fromJson(lexicorn::JsonBuffer::copyOf(made->json()), failure);
     if (!loaded || loaded->size() != made->size())
         std::abort();
     for (const QString& headword : made->headwords()) {

@@ -14,7 +14,7 @@ namespace {
 
 std::shared_ptr<const CacheDict> load(const QByteArray& json, jsonread::Failure& failure)
 {
-    return CacheDict::fromJson(simdjson::padded_string(json.toStdString()), failure);
+    return CacheDict::fromJson(JsonBuffer::copyOf(json.toStdString()), failure);
 }
 
 TEST(CacheDict, IndexesEveryHeadwordAndDecodesItsRecordsOnLookup)
@@ -64,7 +64,7 @@ TEST(CacheDict, RecordsMadeInMemoryIndexLikeTheSameTextLoadedFromAFile)
     };
     const auto made = CacheDict::fromRecords(records);
     jsonread::Failure failure;
-    const auto loaded = CacheDict::fromJson(simdjson::padded_string(made->json()), failure);
+    const auto loaded = CacheDict::fromJson(JsonBuffer::copyOf(made->json()), failure);
     ASSERT_TRUE(loaded);
     for (const auto& [headword, list] : records) {
         ASSERT_TRUE(made->find(headword)) << headword.toStdString();

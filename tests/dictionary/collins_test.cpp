@@ -11,7 +11,7 @@ namespace {
 CacheRecords convert(const char* raw)
 {
     jsonread::Failure failure;
-    const std::optional<CollinsWords> words = collinsWords(simdjson::padded_string(std::string(raw)), failure);
+    const std::optional<CollinsWords> words = collinsWords(JsonBuffer::copyOf(raw), failure);
     EXPECT_TRUE(words) << failure.describe().toStdString();
     return words ? toEnWordData(*words) : CacheRecords{};
 }
@@ -90,7 +90,7 @@ TEST(CollinsConversion, ProgressReachesTheTotal)
         raw += (i ? "," : "") + ("\"w" + std::to_string(i)) + R"(": {"star": "", "readings": [], "defs": []})";
     raw += "}";
     jsonread::Failure failure;
-    const auto words = collinsWords(simdjson::padded_string(raw), failure);
+    const auto words = collinsWords(JsonBuffer::copyOf(raw), failure);
     ASSERT_TRUE(words);
     size_t last = 0;
     size_t calls = 0;

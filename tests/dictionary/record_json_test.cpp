@@ -1,5 +1,6 @@
 #include "dictionary_fixtures.h"
 
+#include "lexicorn/dictionary/json_buffer.h"
 #include "lexicorn/dictionary/json_writer.h"
 #include "lexicorn/dictionary/record_decoder.h"
 
@@ -10,9 +11,9 @@ namespace {
 
 std::optional<EnWordDataList> decodeList(const std::string& json, jsonread::Failure& failure)
 {
-    const simdjson::padded_string padded(json);
+    const JsonBuffer padded = JsonBuffer::copyOf(json);
     simdjson::ondemand::parser parser;
-    return decodeEnWordDataList(parser, padded.data(), padded.size(), padded.size() + simdjson::SIMDJSON_PADDING, failure);
+    return decodeEnWordDataList(parser, padded.data(), padded.size(), padded.capacity(), failure);
 }
 
 std::string fullRecordJson()

@@ -4,6 +4,9 @@
 #include "lexicorn/dictionary/record_decoder.h"
 #include "lexicorn/dictionary/top_level_scanner.h"
 
+#include <algorithm>
+#include <thread>
+
 namespace lexicorn {
 
 namespace {
@@ -11,11 +14,11 @@ namespace {
 // Turns the spelling of a JSON key (escapes included) into its text.
 std::optional<std::string> unescapeKey(std::string_view raw)
 {
-    const simdjson::padded_string quoted('"' + std::string(raw) + '"');
+    const JsonBuffer quoted = JsonBuffer::copyOf('"' + std::string(raw) + '"');
     simdjson::ondemand::parser parser;
     simdjson::ondemand::document document;
     std::string_view text;
-    if (parser.iterate(quoted).get(document) || document.get_string().get(text))
+    if (parser.iterate(quoted.data(), quoted.size(), quoted.capacity()).get(document) || document.get_string().get(text))
         return std::nullopt;
     return std::string(text);
 }
@@ -28,40 +31,82 @@ simdjson::ondemand::parser& threadParser()
 
 }  // namespace
 
-std::shared_ptr<const CacheDict> CacheDict::fromJson(simdjson::padded_string json, jsonread::Failure& failure)
+std::shared_ptr<const CacheDict> CacheDict::fromJson(JsonBuffer json, jsonread::Failure& failure)
 {
     std::shared_ptr<CacheDict> dict(new CacheDict);
     dict->json_ = std::move(json);
-    const char* base = dict->json_.data();
-    const size_t end = dict->json_.size() + simdjson::SIMDJSON_PADDING;
-    simdjson::ondemand::parser parser;
-    bool ok = true;
-    const QString structureError = scanTopLevelObject(dict->json(), [&](const TopLevelEntry& entry) {
-        std::string_view key = entry.rawKey;
-        if (entry.keyHasEscapes) {
-            std::optional<std::string> text = unescapeKey(key);
-            if (!text) {
-                failure.what = QStringLiteral("the key at byte %1 is not a valid string").arg(entry.valueOffset);
-                return ok = false;
-            }
-            key = dict->unescapedKeys_.emplace_back(std::move(*text));
-        }
-        if (!checkEnWordDataList(parser, base + entry.valueOffset, entry.valueLength, end - entry.valueOffset, failure)) {
-            failure.prefix(QStringLiteral("record \"%1\"").arg(QString::fromUtf8(key.data(), qsizetype(key.size()))));
-            return ok = false;
-        }
-        // A headword written twice keeps its last value.
-        dict->index_.insert_or_assign(key, Span{entry.valueOffset, entry.valueLength});
-        return true;
-    });
+
+    std::vector<TopLevelEntry> entries;
+    entries.reserve(dict->json_.size() / 512);
+    const QString structureError = scanTopLevelObject(dict->json(), entries);
     if (!structureError.isEmpty()) {
-        failure.where.clear();
-        failure.what = structureError;
+        failure = {{}, structureError};
         return nullptr;
     }
-    if (!ok)
+
+    // Keys written with escapes are kept as their own text.
+    for (TopLevelEntry& entry : entries) {
+        if (!entry.keyHasEscapes)
+            continue;
+        std::optional<std::string> text = unescapeKey(entry.rawKey);
+        if (!text) {
+            failure = {{}, QStringLiteral("the key before byte %1 is not a valid string").arg(entry.valueOffset)};
+            return nullptr;
+        }
+        entry.rawKey = dict->unescapedKeys_.emplace_back(std::move(*text));
+    }
+
+    if (!dict->checkRecords(entries, failure))
         return nullptr;
+
+    dict->index_.reserve(entries.size());
+    for (const TopLevelEntry& entry : entries) {
+        // A headword written twice keeps its last value.
+        dict->index_.insert_or_assign(entry.rawKey, Span{entry.valueOffset, entry.valueLength});
+    }
     return dict;
+}
+
+bool CacheDict::checkRecords(const std::vector<TopLevelEntry>& entries, jsonread::Failure& failure) const
+{
+    // Checks entries [begin, end) with a parser of its own; returns the first bad one, or end.
+    auto firstBad = [&](size_t begin, size_t end, jsonread::Failure& found) {
+        simdjson::ondemand::parser parser;
+        for (size_t i = begin; i < end; ++i) {
+            const TopLevelEntry& entry = entries[i];
+            if (!checkEnWordDataList(parser, json_.data() + entry.valueOffset, entry.valueLength,
+                                     json_.capacity() - entry.valueOffset, found))
+                return i;
+        }
+        return end;
+    };
+
+    // A large file is checked in two halves at once; the first fault in file order is reported.
+    const size_t count = entries.size();
+    size_t middle = count;
+    if (json_.size() >= (size_t(8) << 20)) {
+        const size_t halfway = json_.size() / 2;
+        middle = size_t(std::lower_bound(entries.begin(), entries.end(), halfway,
+                                         [](const TopLevelEntry& entry, size_t offset) { return entry.valueOffset < offset; })
+                        - entries.begin());
+    }
+    jsonread::Failure laterFailure;
+    size_t laterBad = count;
+    std::thread later;
+    if (middle < count)
+        later = std::thread([&] { laterBad = firstBad(middle, count, laterFailure); });
+    jsonread::Failure earlierFailure;
+    const size_t earlierBad = firstBad(0, middle, earlierFailure);
+    if (later.joinable())
+        later.join();
+
+    const size_t bad = earlierBad < middle ? earlierBad : laterBad;
+    if (bad == count)
+        return true;
+    failure = earlierBad < middle ? earlierFailure : laterFailure;
+    const std::string_view key = entries[bad].rawKey;
+    failure.prefix(QStringLiteral("record \"%1\"").arg(QString::fromUtf8(key.data(), qsizetype(key.size()))));
+    return false;
 }
 
 std::shared_ptr<const CacheDict> CacheDict::fromRecords(const CacheRecords& records)
@@ -83,7 +128,7 @@ std::shared_ptr<const CacheDict> CacheDict::fromRecords(const CacheRecords& reco
     text += '}';
 
     std::shared_ptr<CacheDict> dict(new CacheDict);
-    dict->json_ = simdjson::padded_string(text);
+    dict->json_ = JsonBuffer::copyOf(text);
     dict->index_.reserve(records.size());
     for (size_t i = 0; i < records.size(); ++i) {
         const QByteArray headword = records[i].first.toUtf8();
@@ -130,7 +175,7 @@ std::optional<EnWordDataList> CacheDict::find(const QString& headword) const
     if (!span)
         return std::nullopt;
     jsonread::Failure failure;
-    const size_t capacity = json_.size() + simdjson::SIMDJSON_PADDING - span->offset;
+    const size_t capacity = json_.capacity() - span->offset;
     std::optional<EnWordDataList> records =
         decodeEnWordDataList(threadParser(), json_.data() + span->offset, span->length, capacity, failure);
     // Every span was checked when the dictionary was made.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "lexicorn/dictionary/json_buffer.h"
 #include "lexicorn/dictionary/json_reader.h"
 #include "lexicorn/dictionary/records.h"
+#include "lexicorn/dictionary/top_level_scanner.h"
 
 #include <QStringList>
 
@@ -31,7 +33,7 @@ class CacheDict {
 public:
     // Checks and indexes a cache-shape document. Returns null and fills
     // failure (its path starts with the headword) when it does not decode.
-    static std::shared_ptr<const CacheDict> fromJson(simdjson::padded_string json, jsonread::Failure& failure);
+    static std::shared_ptr<const CacheDict> fromJson(JsonBuffer json, jsonread::Failure& failure);
 
     // Encodes records made in memory (a converted raw dictionary).
     static std::shared_ptr<const CacheDict> fromRecords(const CacheRecords& records);
@@ -49,7 +51,7 @@ public:
     QStringList headwords() const;
 
     // The whole dictionary as JSON text (what the cache file holds).
-    std::string_view json() const { return {json_.data(), json_.size()}; }
+    std::string_view json() const { return json_.view(); }
 
 private:
     struct Span {
@@ -58,9 +60,10 @@ private:
     };
 
     CacheDict() = default;
+    bool checkRecords(const std::vector<TopLevelEntry>& entries, jsonread::Failure& failure) const;
     const Span* spanOf(const QString& headword) const;
 
-    simdjson::padded_string json_;
+    JsonBuffer json_;
     std::unordered_map<std::string_view, Span> index_;
     std::deque<std::string> unescapedKeys_;  // keys that differ from their JSON spelling
 };

@@ -90,11 +90,11 @@ EnWordPtr entryForGroup(const QString& headword, const CollinsWord& word, const 
 
 }  // namespace
 
-std::optional<CollinsWords> collinsWords(const simdjson::padded_string& bytes, Failure& failure)
+std::optional<CollinsWords> collinsWords(const JsonBuffer& bytes, Failure& failure)
 {
     simdjson::ondemand::parser parser;
     CollinsWords words;
-    const bool ok = readDocument(parser, bytes.data(), bytes.size(), bytes.size() + simdjson::SIMDJSON_PADDING, failure,
+    const bool ok = readDocument(parser, bytes.data(), bytes.size(), bytes.capacity(), failure,
                                  [&](value& root) {
         simdjson::ondemand::object object;
         if (root.get_object().get(object))

@@ -3,6 +3,7 @@
 // The raw Collins dictionary file and its conversion into cache records.
 
 #include "lexicorn/dictionary/cache_dict.h"
+#include "lexicorn/dictionary/json_buffer.h"
 #include "lexicorn/dictionary/json_reader.h"
 
 #include <QString>
@@ -43,7 +44,7 @@ using Progress = std::function<void(size_t done, size_t total)>;
 
 // Decodes bytes of the raw shape; every key is required. Fills failure and
 // returns nothing when they do not decode.
-std::optional<CollinsWords> collinsWords(const simdjson::padded_string& bytes, jsonread::Failure& failure);
+std::optional<CollinsWords> collinsWords(const JsonBuffer& bytes, jsonread::Failure& failure);
 
 // Converts the raw map into cache records: one record per headword, one entry
 // per part of speech (sorted), senses without a part of speech left out.

@@ -14,22 +14,23 @@ bool isRawCollinsPath(const QString& path)
 
 std::shared_ptr<const CacheDict> readDictionaryFile(const QString& path, const Progress& progress)
 {
-    simdjson::padded_string bytes;
-    if (auto error = simdjson::padded_string::load(path.toStdString()).get(bytes)) {
-        logLine(QStringLiteral("🌀🌀🌀 cannot read %1: %2").arg(path, QString::fromUtf8(simdjson::error_message(error))));
+    QString error;
+    std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, error);
+    if (!bytes) {
+        logLine(QStringLiteral("🌀🌀🌀 cannot read %1: %2").arg(path, error));
         return CacheDict::empty();
     }
     jsonread::Failure failure;
     if (isRawCollinsPath(path)) {
-        std::optional<CollinsWords> words = collinsWords(bytes, failure);
+        std::optional<CollinsWords> words = collinsWords(*bytes, failure);
         if (!words) {
             logLine(QStringLiteral("🌀🌀🌀 %1 does not decode: %2").arg(path, failure.describe()));
             return CacheDict::empty();
         }
-        bytes = simdjson::padded_string();  // the raw text is not needed while converting
+        bytes.reset();  // the raw text is not needed while converting
         return CacheDict::fromRecords(toEnWordData(*words, progress));
     }
-    std::shared_ptr<const CacheDict> dict = CacheDict::fromJson(std::move(bytes), failure);
+    std::shared_ptr<const CacheDict> dict = CacheDict::fromJson(std::move(*bytes), failure);
     if (!dict)
         fatalError(QStringLiteral("the dictionary cache %1 does not decode: %2").arg(path, failure.describe()));
     return dict;

@@ -9,6 +9,8 @@
 
 #include <QFileInfo>
 
+#include <unordered_map>
+
 namespace lexicorn {
 
 namespace {
@@ -21,22 +23,100 @@ void appendMissing(QStringList& list, const QString& item)
         list.append(item);
 }
 
-// The spellings tried for a lookup, in order.
+// The spellings tried for a lookup after the word as given, in order, each once.
 QStringList lookupCandidates(const QString& word, const WordForms& forms)
 {
-    QStringList candidates{word.toLower()};
+    QStringList candidates;
+    appendMissing(candidates, word.toLower());
     const QStringList parts = word.split(u' ', Qt::SkipEmptyParts);
     if (parts.size() >= 2) {
         QStringList headwords;
         for (const QString& part : parts)
             headwords.append(forms.headwordFor(part).value_or(part));
-        candidates.append(headwords.join(u' '));
+        appendMissing(candidates, headwords.join(u' '));
     }
-    candidates.append(word.toUpper());
-    candidates.append(deletingHyphen(word));
-    candidates.append(deletingSpaceAndBr(word));
+    appendMissing(candidates, word.toUpper());
+    appendMissing(candidates, deletingHyphen(word));
+    appendMissing(candidates, deletingSpaceAndBr(word));
     return candidates;
 }
+
+// Decodes each headword's records once while links are followed, since the
+// same headwords are visited several times over.
+class RecordCache {
+public:
+    explicit RecordCache(std::shared_ptr<const CacheDict> dict) : dict_(std::move(dict)) {}
+
+    const EnWordDataList& recordsOf(const QString& headword)
+    {
+        auto [slot, inserted] = decoded_.try_emplace(headword);
+        if (inserted)
+            slot->second = dict_->find(headword).value_or(EnWordDataList{});
+        return slot->second;
+    }
+
+    QStringList linksOf(const QString& headword)
+    {
+        QStringList links;
+        for (const EnWordDataPtr& record : recordsOf(headword)) {
+            if (record->link)
+                appendMissing(links, *record->link);
+        }
+        return links;
+    }
+
+    QStringList linksOf(const QStringList& headwords)
+    {
+        QStringList links;
+        QStringList processed;
+        for (const QString& headword : headwords) {
+            if (processed.contains(headword))
+                continue;
+            processed.append(headword);
+            for (const QString& link : linksOf(headword))
+                appendMissing(links, link);
+        }
+        return links;
+    }
+
+    // The headword, then everything reachable through links in discovery order.
+    QStringList reachableFrom(const QString& headword)
+    {
+        QStringList reachable{headword};
+        for (;;) {
+            bool grew = false;
+            for (const QString& link : linksOf(reachable)) {
+                if (!reachable.contains(link)) {
+                    reachable.append(link);
+                    grew = true;
+                }
+            }
+            if (!grew)
+                return reachable;
+        }
+    }
+
+    EnWordList entriesOf(const EnWordDataList& records)
+    {
+        EnWordList entries;
+        for (const EnWordDataPtr& record : records) {
+            if (!record->link) {
+                entries.insert(entries.end(), record->enWords.begin(), record->enWords.end());
+                continue;
+            }
+            // A cross-reference: the entries of everything it reaches, not its own.
+            for (const QString& headword : reachableFrom(*record->link)) {
+                for (const EnWordDataPtr& linked : recordsOf(headword))
+                    entries.insert(entries.end(), linked->enWords.begin(), linked->enWords.end());
+            }
+        }
+        return entries;
+    }
+
+private:
+    std::shared_ptr<const CacheDict> dict_;
+    std::unordered_map<QString, EnWordDataList> decoded_;
+};
 
 }  // namespace
 
@@ -170,20 +250,23 @@ DictDataPtr EnWordServer::query(const QString& word, const QString& quoteSentenc
 
     QString w = word;
     w.remove(QStringLiteral("- "));  // a word broken at a line end
-    const WordForms& forms = wordforms();
-    const QStringList candidates = lookupCandidates(w, forms);
 
+    // The word as given first; other spellings only when it is not filed.
     std::optional<EnWordDataList> records = dict->find(w);
-    for (qsizetype i = 0; !records && i < candidates.size(); ++i)
-        records = dict->find(candidates[i]);
     if (!records || records->empty()) {
-        records.reset();
-        for (qsizetype i = 0; !records && i < candidates.size(); ++i) {
-            if (const std::optional<QString> headword = forms.headwordFor(candidates[i]))
-                records = dict->find(*headword);
+        const WordForms& forms = wordforms();
+        const QStringList candidates = lookupCandidates(w, forms);
+        for (qsizetype i = 0; !records && i < candidates.size(); ++i)
+            records = dict->find(candidates[i]);
+        if (!records || records->empty()) {
+            records.reset();
+            for (qsizetype i = 0; !records && i < candidates.size(); ++i) {
+                if (const std::optional<QString> headword = forms.headwordFor(candidates[i]))
+                    records = dict->find(*headword);
+            }
         }
     }
-    return DictData::make(word, quoteSentence, records ? getAllEnWord(*records) : EnWordList{});
+    return DictData::make(word, quoteSentence, records ? RecordCache(dict).entriesOf(*records) : EnWordList{});
 }
 
 std::shared_ptr<HookEnWordData> EnWordServer::query(const QString& word)
@@ -193,62 +276,22 @@ std::shared_ptr<HookEnWordData> EnWordServer::query(const QString& word)
 
 QStringList EnWordServer::findLinkInDict(const QString& word) const
 {
-    QStringList links;
-    if (const std::optional<EnWordDataList> records = cacheDict()->find(word)) {
-        for (const EnWordDataPtr& record : *records) {
-            if (record->link)
-                appendMissing(links, *record->link);
-        }
-    }
-    return links;
+    return RecordCache(cacheDict()).linksOf(word);
 }
 
 QStringList EnWordServer::findLinkInDict(const QStringList& words) const
 {
-    QStringList links;
-    QStringList processed;
-    for (const QString& word : words) {
-        if (processed.contains(word))
-            continue;
-        processed.append(word);
-        for (const QString& link : findLinkInDict(word))
-            appendMissing(links, link);
-    }
-    return links;
+    return RecordCache(cacheDict()).linksOf(words);
 }
 
 QStringList EnWordServer::findAllLinkInDict(const QString& word) const
 {
-    QStringList reachable{word};
-    for (;;) {
-        bool grew = false;
-        for (const QString& link : findLinkInDict(reachable)) {
-            if (!reachable.contains(link)) {
-                reachable.append(link);
-                grew = true;
-            }
-        }
-        if (!grew)
-            return reachable;
-    }
+    return RecordCache(cacheDict()).reachableFrom(word);
 }
 
 EnWordList EnWordServer::getAllEnWord(const EnWordDataList& records) const
 {
-    EnWordList entries;
-    const std::shared_ptr<const CacheDict> dict = cacheDict();
-    for (const EnWordDataPtr& record : records) {
-        if (!record->link) {
-            entries.insert(entries.end(), record->enWords.begin(), record->enWords.end());
-            continue;
-        }
-        // A cross-reference: the entries of everything it reaches, not its own.
-        for (const QString& headword : findAllLinkInDict(*record->link)) {
-            for (const EnWordDataPtr& linked : dict->find(headword).value_or(EnWordDataList{}))
-                entries.insert(entries.end(), linked->enWords.begin(), linked->enWords.end());
-        }
-    }
-    return entries;
+    return RecordCache(cacheDict()).entriesOf(records);
 }
 
 }  // namespace lexicorn

@@ -1,6 +1,7 @@
 #include "lexicorn/dictionary/hook_english_dict.h"
 
 #include "lexicorn/dictionary/en_word_server.h"
+#include "lexicorn/dictionary/json_buffer.h"
 #include "lexicorn/dictionary/text_helpers.h"
 
 #include "foundation/log.h"
@@ -32,17 +33,6 @@ void forEachIn(simdjson::dom::element object, std::string_view key, Visit visit)
         visit(element);
 }
 
-// Reads a whole file; a failure is described in error.
-std::optional<simdjson::padded_string> readFile(const QString& path, QString& error)
-{
-    simdjson::padded_string bytes;
-    if (auto code = simdjson::padded_string::load(path.toStdString()).get(bytes)) {
-        error = QString::fromUtf8(simdjson::error_message(code));
-        return std::nullopt;
-    }
-    return bytes;
-}
-
 }  // namespace
 
 HookEnglishDict::HookEnglishDict(EnWordServer& engine) : engine_(engine) {}
@@ -67,13 +57,13 @@ const HookEnglishDict::RawJson* HookEnglishDict::enDict()
     if (!QFileInfo::exists(path))
         return nullptr;
     QString error;
-    std::optional<simdjson::padded_string> bytes = readFile(path, error);
+    const std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, error);
     if (!bytes) {
         logLine(QStringLiteral("read enDict error: %1").arg(error));
         return nullptr;
     }
     auto raw = std::make_unique<RawJson>();
-    if (auto code = raw->parser.parse(*bytes).get(raw->root)) {
+    if (auto code = raw->parser.parse(bytes->data(), bytes->size(), false).get(raw->root)) {
         logLine(QStringLiteral("JSON serialization error: %1").arg(QString::fromUtf8(simdjson::error_message(code))));
         return nullptr;
     }
@@ -94,10 +84,10 @@ const std::unordered_map<std::string, std::string>* HookEnglishDict::wordforms()
     if (!QFileInfo::exists(path))
         return nullptr;
     QString ignored;
-    std::optional<simdjson::padded_string> bytes = readFile(path, ignored);
+    const std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, ignored);
     simdjson::dom::parser parser;
     simdjson::dom::object object;
-    if (!bytes || parser.parse(*bytes).get_object().get(object))
+    if (!bytes || parser.parse(bytes->data(), bytes->size(), false).get_object().get(object))
         return nullptr;
     std::unordered_map<std::string, std::string> forms;
     for (auto [key, value] : object) {

@@ -1,5 +1,7 @@
 #include "lexicorn/dictionary/record_decoder.h"
 
+#include "lexicorn/dictionary/json_buffer.h"
+
 namespace lexicorn {
 
 using namespace jsonread;
@@ -131,10 +133,10 @@ bool checkEnWordDataList(simdjson::ondemand::parser& parser, const char* data, s
 
 DictDataPtr decodeDictData(std::string_view json, Failure& failure)
 {
-    const simdjson::padded_string padded(json);
+    const JsonBuffer padded = JsonBuffer::copyOf(json);
     simdjson::ondemand::parser parser;
     DictDataFields fields;
-    if (!readDocument(parser, padded.data(), padded.size(), padded.size() + simdjson::SIMDJSON_PADDING, failure,
+    if (!readDocument(parser, padded.data(), padded.size(), padded.capacity(), failure,
                       [&](value& root) { return readDictDataFields(root, &fields, failure); }))
         return nullptr;
     return DictData::make(std::move(fields.word), std::move(fields.quoteSentence), std::move(fields.enWords));

@@ -104,7 +104,7 @@ QString at(const char* what, size_t offset)
 
 }  // namespace
 
-QString scanTopLevelObject(std::string_view json, const std::function<bool(const TopLevelEntry&)>& visit)
+QString scanTopLevelObject(std::string_view json, std::vector<TopLevelEntry>& entries)
 {
     Scanner scanner(json);
     if (json.starts_with("\xEF\xBB\xBF"))
@@ -136,8 +136,7 @@ QString scanTopLevelObject(std::string_view json, const std::function<bool(const
             if (!scanner.skipValue())
                 return at("unterminated value", entry.valueOffset);
             entry.valueLength = scanner.pos - entry.valueOffset;
-            if (!visit(entry))
-                return {};  // the visitor stopped the scan and keeps its own reason
+            entries.push_back(entry);
             scanner.skipWhitespace();
             if (scanner.atEnd())
                 return at("unterminated object", scanner.pos);

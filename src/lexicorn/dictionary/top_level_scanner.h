@@ -7,8 +7,8 @@
 
 #include <QString>
 
-#include <functional>
 #include <string_view>
+#include <vector>
 
 namespace lexicorn {
 
@@ -19,9 +19,9 @@ struct TopLevelEntry {
     size_t valueLength = 0;
 };
 
-// Calls visit for each member in document order, until it returns false. Returns an empty string when
-// the object is well formed at the top level, else what is wrong and where.
-// Values are only delimited here (strings and brackets matched), not checked.
-QString scanTopLevelObject(std::string_view json, const std::function<bool(const TopLevelEntry&)>& visit);
+// Appends each member to entries in document order. Returns an empty string
+// when the object is well formed at the top level, else what is wrong and
+// where. Values are only delimited here (strings and brackets matched), not checked.
+QString scanTopLevelObject(std::string_view json, std::vector<TopLevelEntry>& entries);
 
 }  // namespace lexicorn

@@ -8,11 +8,12 @@ namespace lexicorn {
 
 using namespace jsonread;
 
-std::optional<WordForms> WordForms::decode(const simdjson::padded_string& bytes, Failure& failure)
+std::optional<WordForms> WordForms::decode(const JsonBuffer& bytes, Failure& failure)
 {
     simdjson::ondemand::parser parser;
     WordForms forms;
-    const bool ok = readDocument(parser, bytes.data(), bytes.size(), bytes.size() + simdjson::SIMDJSON_PADDING, failure,
+    forms.map_.reserve(bytes.size() / 24);  // about one form per 24 bytes of file
+    const bool ok = readDocument(parser, bytes.data(), bytes.size(), bytes.capacity(), failure,
                                  [&](value& root) {
         simdjson::ondemand::object object;
         if (root.get_object().get(object))
@@ -41,12 +42,10 @@ WordForms WordForms::load(const QString& path)
 {
     if (!QFileInfo::exists(path))
         return {};
-    simdjson::padded_string bytes;
     Failure failure;
-    if (auto error = simdjson::padded_string::load(path.toStdString()).get(bytes)) {
-        failure.what = QString::fromUtf8(simdjson::error_message(error));
-    } else if (std::optional<WordForms> forms = decode(bytes, failure)) {
-        return std::move(*forms);
+    if (const std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, failure.what)) {
+        if (std::optional<WordForms> forms = decode(*bytes, failure))
+            return std::move(*forms);
     }
     logLine(QStringLiteral("🌀🌀🌀 wordforms 读取错误! %1: %2").arg(path, failure.describe()));
     return {};
@@ -55,7 +54,7 @@ WordForms WordForms::load(const QString& path)
 std::optional<QString> WordForms::headwordFor(const QString& form) const
 {
     const QByteArray key = form.toUtf8();
-    const auto found = map_.find(std::string(key.constData(), size_t(key.size())));
+    const auto found = map_.find(std::string_view(key.constData(), size_t(key.size())));
     if (found == map_.end())
         return std::nullopt;
     return QString::fromStdString(found->second);
