@@ -1,9 +1,44 @@
 #include "foundation/dispatch.h"
 
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <QThreadPool>
+
 #include <future>
 #include <thread>
 
 namespace lexicorn {
+
+namespace {
+
+class MainQueue : public DispatchQueue {
+public:
+    void async(std::function<void()> job) override
+    {
+        QCoreApplication* application = QCoreApplication::instance();
+        Q_ASSERT_X(application, "mainQueue", "needs a Qt application object");
+        QMetaObject::invokeMethod(application, std::move(job), Qt::QueuedConnection);
+    }
+};
+
+class GlobalQueue : public DispatchQueue {
+public:
+    void async(std::function<void()> job) override { QThreadPool::globalInstance()->start(std::move(job)); }
+};
+
+}  // namespace
+
+DispatchQueue& mainQueue()
+{
+    static MainQueue queue;
+    return queue;
+}
+
+DispatchQueue& globalQueue()
+{
+    static GlobalQueue queue;
+    return queue;
+}
 
 std::shared_ptr<SerialQueue> SerialQueue::create(QString label)
 {

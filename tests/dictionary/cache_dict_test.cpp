@@ -94,6 +94,8 @@ TEST(CacheDict, MalformedDocumentsAreRejectedWithWhereAndWhat)
         {"{\"a\":[\"\\q\"]}", "record \"a\""},
         {"{\"a\":[\"\xff\"]}", "record \"a\""},
         {"{\"\\x\":[]}", "not a valid string"},
+        {"{\"6\xff\xff\":[]}", "not a valid string"},
+        {"{\"a\tb\":[]}", "not a valid string"},
     };
     for (const Case& c : cases) {
         jsonread::Failure failure;

@@ -23,6 +23,16 @@ std::optional<std::string> unescapeKey(std::string_view raw)
     return std::string(text);
 }
 
+// Text that may stand between quotes as it is: valid UTF-8 without control characters.
+bool isPlainJsonText(std::string_view text)
+{
+    for (char c : text) {
+        if (static_cast<unsigned char>(c) < 0x20)
+            return false;
+    }
+    return simdjson::validate_utf8(text.data(), text.size());
+}
+
 simdjson::ondemand::parser& threadParser()
 {
     thread_local simdjson::ondemand::parser parser;
@@ -44,16 +54,16 @@ std::shared_ptr<const CacheDict> CacheDict::fromJson(JsonBuffer json, jsonread::
         return nullptr;
     }
 
-    // Keys written with escapes are kept as their own text.
+    // Keys are checked here, as the scan only delimits them; keys written
+    // with escapes are kept as their own text.
     for (TopLevelEntry& entry : entries) {
-        if (!entry.keyHasEscapes)
-            continue;
-        std::optional<std::string> text = unescapeKey(entry.rawKey);
-        if (!text) {
+        std::optional<std::string> text = entry.keyHasEscapes ? unescapeKey(entry.rawKey) : std::nullopt;
+        if (entry.keyHasEscapes ? !text : !isPlainJsonText(entry.rawKey)) {
             failure = {{}, QStringLiteral("the key before byte %1 is not a valid string").arg(entry.valueOffset)};
             return nullptr;
         }
-        entry.rawKey = dict->unescapedKeys_.emplace_back(std::move(*text));
+        if (text)
+            entry.rawKey = dict->unescapedKeys_.emplace_back(std::move(*text));
     }
 
     if (!dict->checkRecords(entries, failure))

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <chrono>
+#include <utility>
+#include <vector>
+
+namespace lexicorn {
+
+struct HttpRequest {
+    QByteArray method = "GET";
+    QUrl url;
+    std::vector<std::pair<QByteArray, QByteArray>> headers;
+    QByteArray body;
+    // The whole exchange, connecting included, is abandoned after this long.
+    std::chrono::milliseconds timeout{60000};
+};
+
+struct HttpResponse {
+    int status = 0;        // the HTTP status; 0 when no reply came
+    QByteArray body;       // the reply's body, whatever its status
+    QString error;         // why no reply came (refused, timed out, ...); empty when one did
+
+    bool replied() const { return error.isEmpty(); }
+};
+
+// Blocking HTTP for any thread. The requests run on one network thread of
+// their own, so a caller on the main thread waits without needing its own
+// event loop. Connections to a host are kept alive and reused.
+class HttpClient {
+public:
+    static HttpClient& shared();
+
+    HttpResponse send(const HttpRequest& request);
+
+private:
+    HttpClient();
+    class Worker;
+    Worker* worker_;
+};
+
+}  // namespace lexicorn

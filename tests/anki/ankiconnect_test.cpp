@@ -1,0 +1,219 @@
+#include "support/server_process.h"
+#include "support/temp_home.h"
+
+#include "lexicorn/anki/anki_reply.h"
+#include "lexicorn/anki/ksw_ankiconnect.h"
+
+#include "foundation/user_defaults.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using testing::ServerProcess;
+
+// Each test runs in a process of its own, so the client singleton is made
+// afresh for the home folder of that test.
+class AnkiconnectTest : public ::testing::Test {
+protected:
+    testing::TempHome home_;
+    KSWAnkiconnect& anki_ = KSWAnkiconnect::shareInstance();
+};
+
+// How many requests the fault server has seen, from its "requests N" lines.
+int requestsSeen(ServerProcess& server)
+{
+    int seen = 0;
+    for (const QRegularExpressionMatch& match : QRegularExpression(QStringLiteral("requests (\\d+)")).globalMatch(server.errors()))
+        seen = match.captured(1).toInt();
+    return seen;
+}
+
+TEST_F(AnkiconnectTest, FirstUseStoresTheDefaultAddress)
+{
+    EXPECT_EQ(anki_.ipString(), QStringLiteral("127.0.0.1:8765"));
+    EXPECT_EQ(UserDefaults::standard().string(QStringLiteral("ipString")), QStringLiteral("127.0.0.1:8765"));
+    anki_.setIpString_(QStringLiteral("10.0.0.1:1"));
+    EXPECT_EQ(UserDefaults::standard().string(QStringLiteral("ipString")), QStringLiteral("10.0.0.1:1"));
+}
+
+TEST_F(AnkiconnectTest, EveryWrapperSendsItsActionAndParameters)
+{
+    ServerProcess echo(QStringLiteral("python3"), {testing::faultServerScript(), QStringLiteral("echo")});
+    ASSERT_TRUE(echo.started());
+    anki_.setIpString_(echo.address());
+    UserDefaults::standard().set(QStringLiteral("ANKISET_DECKNAME"), QStringLiteral("Default"));
+
+    const QJsonObject note{{"note", QJsonObject{{"deckName", "Default"}}}};
+    struct Case {
+        const char* name;
+        std::function<KSWAnkiconnect::Reply()> call;
+        const char* action;
+        QJsonObject params;
+    };
+    const Case cases[] = {
+        {"nil params", [&] { return anki_.postRequestCommand_params_("deckNames", std::nullopt); }, "deckNames", {}},
+        {"addNote", [&] { return anki_.addToAnkiWithWordDict_(note); }, "addNote", note},
+        {"findNotes in deck", [&] { return anki_.findNotesInCurrentDeckWithNoteid_("T"); }, "findNotes", {{"query", "\"deck:Default\" T"}}},
+        {"findNotes", [&] { return anki_.findNotesWithNoteid_("nid:1"); }, "findNotes", {{"query", "nid:1"}}},
+        {"getDeckConfig", [&] { return anki_.getDeckConfigWithDeckName_("D"); }, "getDeckConfig", {{"deck", "D"}}},
+        {"modelFieldNames", [&] { return anki_.getModelFieldNames_("M"); }, "modelFieldNames", {{"modelName", "M"}}},
+        {"deckNames", [&] { return anki_.getDeckNames(); }, "deckNames", {}},
+        {"modelNames", [&] { return anki_.getModelNames(); }, "modelNames", {}},
+        {"notes info, sent as storeMediaFile", [&] { return anki_.getNotesInfoWithNoteid_(42); }, "storeMediaFile", {{"notes", QJsonArray{42}}}},
+        {"media data", [&] { return anki_.updateMediaFile_data_("a.mp3", "QUJD"); }, "storeMediaFile", {{"filename", "a.mp3"}, {"data", "QUJD"}}},
+        {"media url", [&] { return anki_.updateMediaFile_url_("a.mp3", "http://x/a"); }, "storeMediaFile", {{"filename", "a.mp3"}, {"url", "http://x/a"}}},
+        {"updateNoteFields", [&] { return anki_.updateWithParams_(note); }, "updateNoteFields", note},
+    };
+    for (const Case& c : cases) {
+        const KSWAnkiconnect::Reply reply = c.call();
+        ASSERT_TRUE(reply) << c.name;
+        const QJsonObject seen = reply->value("result").toObject();
+        EXPECT_EQ(seen.value("method").toString(), QStringLiteral("POST")) << c.name;
+        EXPECT_EQ(seen.value("path").toString(), QStringLiteral("/")) << c.name;
+        EXPECT_EQ(seen.value("headers").toObject().value("Content-Type").toString(), QStringLiteral("application/json; charset=utf-8")) << c.name;
+        EXPECT_EQ(seen.value("headers").toObject().value("Accept").toString(), QStringLiteral("application/json")) << c.name;
+        const QJsonObject body = seen.value("body").toObject();
+        EXPECT_EQ(body.keys(), (QStringList{"action", "params", "version"})) << c.name;
+        EXPECT_EQ(body.value("action").toString(), QString::fromUtf8(c.action)) << c.name;
+        EXPECT_EQ(body.value("version").toInt(), 6) << c.name;
+        EXPECT_EQ(body.value("params").toObject(), c.params) << c.name;
+    }
+
+    // Without a deck name the query goes out alone.
+    UserDefaults::standard().remove(QStringLiteral("ANKISET_DECKNAME"));
+    const auto reply = anki_.findNotesInCurrentDeckWithNoteid_("T");
+    ASSERT_TRUE(reply);
+    EXPECT_EQ(reply->value("result").toObject().value("body").toObject().value("params").toObject().value("query").toString(), QStringLiteral("T"));
+}
+
+TEST_F(AnkiconnectTest, ServersThatFailCostThreeAttemptsEachBoundedByTheTimeOut)
+{
+    struct Case {
+        const char* mode;
+        int requests;  // as seen by the server
+    };
+    const Case cases[] = {
+        {"hang", 3},      // every attempt times out
+        {"slow", 3},      // answers after 3 s, too late each time
+        {"garbage", 3},   // a reply that is not JSON counts as none
+        {"error500", 3},  // an error page is no JSON either
+        {"close", 4},     // connection closed without a reply: Qt itself sends once more on the first drop
+    };
+    for (const Case& c : cases) {
+        ServerProcess server(QStringLiteral("python3"), {testing::faultServerScript(), QString::fromUtf8(c.mode)});
+        ASSERT_TRUE(server.started()) << c.mode;
+        anki_.setIpString_(server.address());
+        QElapsedTimer timer;
+        timer.start();
+        EXPECT_FALSE(anki_.getDeckNames()) << c.mode;
+        // Three attempts of at most two seconds each, plus slack for a busy machine.
+        EXPECT_LT(timer.elapsed(), 3 * 2000 + 2000) << c.mode;
+        server.stop();
+        EXPECT_EQ(requestsSeen(server), c.requests) << c.mode;
+    }
+}
+
+TEST_F(AnkiconnectTest, NobodyListeningGivesNothingAndVersionLogsWhy)
+{
+    anki_.setIpString_(QStringLiteral("127.0.0.1:%1").arg(testing::closedPort()));
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(anki_.getVersion());
+    const std::string log = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(QString::fromStdString(log).count(QStringLiteral("🌀🌀🌀🌀 AnkiConnect error: ")), 3) << log;
+    EXPECT_NE(log.find("🌀🌀🌀🌀 KSWAnkiconnect getVersion error: (null)"), std::string::npos) << log;
+
+    // An address that already carries a scheme gets a second one and fails.
+    anki_.setIpString_(QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
+    EXPECT_FALSE(anki_.getDeckNames());
+}
+
+TEST(AnkiReply, OnlyAJsonObjectIsAReply)
+{
+    struct Case {
+        const char* body;
+        bool reply;
+        bool succeeded;
+    };
+    const Case cases[] = {
+        {R"({"result": 6, "error": null})", true, true},
+        {R"({"result": null, "error": "model was not found: X"})", true, false},
+        {R"({"result": 6})", true, false},
+        {R"([1, 2])", false, false},
+        {R"(6)", false, false},
+        {"", false, false},
+        {"<html>", false, false},
+    };
+    for (const Case& c : cases) {
+        const auto reply = parseAnkiReply(QByteArray(c.body));
+        EXPECT_EQ(reply.has_value(), c.reply) << c.body;
+        if (reply) {
+            EXPECT_EQ(ankiReplySucceeded(*reply), c.succeeded) << c.body;
+        }
+    }
+}
+
+// Against the real Anki collection engine.
+class AnkiPeerTest : public AnkiconnectTest {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(peer_.started()) << peer_.errors().toStdString();
+        anki_.setIpString_(peer_.address());
+    }
+    ServerProcess peer_{QStringLiteral(LEXICORN_ANKI_PEER), {QStringLiteral("--collection"), home_.path() + QStringLiteral("/anki")}};
+};
+
+TEST_F(AnkiPeerTest, VersionDecksModelsAndFields)
+{
+    EXPECT_EQ(anki_.getVersion(), QJsonValue(6));
+    const auto decks = anki_.getDeckNames();
+    ASSERT_TRUE(decks);
+    EXPECT_TRUE(decks->value("result").toArray().contains(QStringLiteral("Default")));
+    const auto fields = anki_.getModelFieldNames_(QStringLiteral("Basic"));
+    ASSERT_TRUE(fields);
+    EXPECT_EQ(fields->value("result").toArray(), (QJsonArray{"Front", "Back"}));
+    const auto missing = anki_.getModelFieldNames_(QStringLiteral("Nope"));
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->value("error").toString(), QStringLiteral("model was not found: Nope"));
+}
+
+TEST_F(AnkiPeerTest, AddFindUpdateAndMedia)
+{
+    const QJsonObject note{{"note", QJsonObject{{"deckName", "Default"},
+                                                {"modelName", "Basic"},
+                                                {"fields", QJsonObject{{"Front", "take"}, {"Back", "拿"}}},
+                                                {"options", QJsonObject{{"allowDuplicate", false}, {"duplicateScope", "deck"}}},
+                                                {"tags", QJsonArray{"Lexicorn"}}}}};
+    const auto added = anki_.addToAnkiWithWordDict_(note);
+    ASSERT_TRUE(added && ankiReplySucceeded(*added)) << QJsonDocument(*added).toJson().toStdString();
+    const QJsonValue id = added->value("result");
+
+    const auto again = anki_.addToAnkiWithWordDict_(note);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->value("error").toString(), QStringLiteral("cannot create note because it is a duplicate"));
+
+    UserDefaults::standard().set(QStringLiteral("ANKISET_DECKNAME"), QStringLiteral("Default"));
+    const auto found = anki_.findNotesInCurrentDeckWithNoteid_(QStringLiteral("Front:take"));
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->value("result").toArray(), QJsonArray{id});
+
+    const auto updated = anki_.updateWithParams_(QJsonObject{{"note", QJsonObject{{"id", id}, {"fields", QJsonObject{{"Back", "带走"}}}}}});
+    ASSERT_TRUE(updated && ankiReplySucceeded(*updated));
+    const auto byBack = anki_.findNotesWithNoteid_(QStringLiteral("Back:带走"));
+    ASSERT_TRUE(byBack);
+    EXPECT_EQ(byBack->value("result").toArray(), QJsonArray{id});
+
+    const auto stored = anki_.updateMediaFile_data_(QStringLiteral("MN3_LW_take.mp3"), QStringLiteral("SUQz"));
+    ASSERT_TRUE(stored && ankiReplySucceeded(*stored));
+    EXPECT_EQ(stored->value("result").toString(), QStringLiteral("MN3_LW_take.mp3"));
+}
+
+}  // namespace
+}  // namespace lexicorn
