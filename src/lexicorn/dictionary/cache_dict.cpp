@@ -115,7 +115,7 @@ bool CacheDict::checkRecords(const std::vector<TopLevelEntry>& entries, jsonread
         return true;
     failure = earlierBad < middle ? earlierFailure : laterFailure;
     const std::string_view key = entries[bad].rawKey;
-    failure.prefix(QStringLiteral("record \"%1\"").arg(QString::fromUtf8(key.data(), qsizetype(key.size()))));
+    failure.prefix(QStringLiteral("record \"%1\"").arg(jsonread::textFromUtf8(key)));
     return false;
 }
 
@@ -170,7 +170,7 @@ QStringList CacheDict::headwords() const
     QStringList words;
     words.reserve(qsizetype(index_.size()));
     for (const auto& entry : index_)
-        words.append(QString::fromUtf8(entry.first.data(), qsizetype(entry.first.size())));
+        words.append(jsonread::textFromUtf8(entry.first));
     return words;
 }
 

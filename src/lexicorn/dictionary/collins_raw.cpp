@@ -104,7 +104,7 @@ std::optional<CollinsWords> collinsWords(const JsonBuffer& bytes, Failure& failu
             std::string_view key;
             if (std::move(entry).get(field) || field.unescaped_key().get(key))
                 return fail(failure, QStringLiteral("malformed headword"));
-            const QString headword = QString::fromUtf8(key.data(), qsizetype(key.size()));
+            const QString headword = textFromUtf8(key);
             CollinsWord word;
             if (!readCollinsWord(field.value(), &word, failure)) {
                 failure.prefix(QStringLiteral("headword \"%1\"").arg(headword));

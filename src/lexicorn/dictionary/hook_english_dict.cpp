@@ -2,6 +2,7 @@
 
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/dictionary/json_buffer.h"
+#include "lexicorn/dictionary/json_reader.h"
 #include "lexicorn/dictionary/text_helpers.h"
 
 #include "foundation/log.h"
@@ -19,7 +20,7 @@ QString textOf(simdjson::dom::element object, std::string_view key)
     std::string_view text;
     if (object[key].get_string().get(text))
         return QString("");
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+    return jsonread::textFromUtf8(text);
 }
 
 // Calls visit for each element of an array member; nothing when it is missing or not an array.
@@ -159,7 +160,7 @@ std::shared_ptr<HookEnWordData> HookEnglishDict::collinsRecord(const QString& wo
     forEachIn(entry, "readings", [&](simdjson::dom::element reading) {
         std::string_view text;
         if (!reading.get_string().get(text))
-            readings.append(QString::fromUtf8(text.data(), qsizetype(text.size())));
+            readings.append(jsonread::textFromUtf8(text));
     });
     return HookEnWordData::initWithWord_defs_readings_star_(word, std::move(defs), readings, textOf(entry, "star"));
 }

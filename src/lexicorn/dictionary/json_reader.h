@@ -31,6 +31,15 @@ struct Failure {
     QString describe() const { return where.isEmpty() ? what : where + QStringLiteral(": ") + what; }
 };
 
+// Text of a JSON string. Unlike a plain QString::fromUtf8, a leading U+FEFF is
+// kept: inside JSON it is a character of the text, not a byte-order mark.
+inline QString textFromUtf8(std::string_view text)
+{
+    if (text.starts_with("\xEF\xBB\xBF"))
+        return QChar(0xFEFF) + QString::fromUtf8(text.data() + 3, qsizetype(text.size() - 3));
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
+
 inline bool fail(Failure& failure, QString what)
 {
     failure.what = std::move(what);
@@ -43,7 +52,7 @@ inline bool readText(value& v, QString* out, Failure& failure)
     if (v.get_string().get(text))
         return fail(failure, QStringLiteral("is not a string"));
     if (out)
-        *out = QString::fromUtf8(text.data(), qsizetype(text.size()));
+        *out = textFromUtf8(text);
     return true;
 }
 
