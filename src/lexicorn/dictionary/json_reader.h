@@ -35,9 +35,13 @@ struct Failure {
 // kept: inside JSON it is a character of the text, not a byte-order mark.
 inline QString textFromUtf8(std::string_view text)
 {
-    if (text.starts_with("\xEF\xBB\xBF"))
-        return QChar(0xFEFF) + QString::fromUtf8(text.data() + 3, qsizetype(text.size() - 3));
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+    QString marks;
+    while (text.starts_with("\xEF\xBB\xBF")) {
+        marks.append(QChar(0xFEFF));
+        text.remove_prefix(3);
+    }
+    const QString rest = QString::fromUtf8(text.data(), qsizetype(text.size()));
+    return marks.isEmpty() ? rest : marks + rest;
 }
 
 inline bool fail(Failure& failure, QString what)
