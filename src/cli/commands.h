@@ -8,5 +8,9 @@ int runLookup(Arguments& arguments);
 int runLegacy(Arguments& arguments);
 int runConvert(Arguments& arguments);
 int runDemo(Arguments& arguments);
+int runAnki(Arguments& arguments);
+int runDefaults(Arguments& arguments);
+int runTranslate(Arguments& arguments);
+int runSay(Arguments& arguments);
 
 }  // namespace lexicorn::cli

@@ -22,6 +22,14 @@ commands:
       convert Dict/collins.json into the cache Dict/collins_html.json
   demo [--home DIR] [--sample DIR]
       load the sample dictionaries and look up every word of the sample book's first page
+  anki [--ip HOST:PORT] version|decks|models|fields MODEL|find QUERY|raw ACTION [PARAMS_JSON]
+      talk to Anki through AnkiConnect and print the reply
+  translate [--engine N] SENTENCE
+      translate an English sentence into Chinese (empty line when none)
+  say [--out FILE] WORD
+      pronounce a word, or write its pronunciation to FILE
+  defaults list|get KEY|set KEY VALUE|delete KEY
+      the settings store the reader uses
 
 The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).
 )";
@@ -47,6 +55,10 @@ int main(int argc, char* argv[])
         {QStringLiteral("legacy"), runLegacy},
         {QStringLiteral("convert"), runConvert},
         {QStringLiteral("demo"), runDemo},
+        {QStringLiteral("anki"), runAnki},
+        {QStringLiteral("defaults"), runDefaults},
+        {QStringLiteral("translate"), runTranslate},
+        {QStringLiteral("say"), runSay},
     };
     const QString name = words.takeFirst();
     const auto command = commands.find(name);

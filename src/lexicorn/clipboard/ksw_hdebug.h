@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+namespace lexicorn {
+
+// Connects the shared clipboard watcher to the dictionary controller, so a
+// copied word is looked up.
+class KSWHDebug {
+public:
+    // Starts the shared watcher, unless it already runs, with one hook that
+    // passes each copied text to updateDict while the controller lives (it is
+    // held weakly). When the watcher already runs nothing is added, so calling
+    // this twice leaves a single hook.
+    static void pasteboardChangedListen_(QObject* controller, std::function<void(const QString&)> updateDict);
+
+    // Stops the shared watcher and drops its hooks.
+    static void pasteboardChangedStop_(QObject* controller);
+
+    // Nothing to adjust on this platform.
+    static void exemption_iPad() {}
+};
+
+}  // namespace lexicorn

@@ -1,0 +1,188 @@
+#include "lexicorn/services/ksw_translate.h"
+
+#include "lexicorn/services/deepl_request.h"
+#include "lexicorn/services/translation_hosts.h"
+#include "lexicorn/services/translation_replies.h"
+
+#include "foundation/http_client.h"
+#include "foundation/log.h"
+#include "foundation/user_defaults.h"
+
+#include <QRandomGenerator>
+#include <QUrl>
+
+namespace lexicorn {
+
+namespace {
+
+const QString engineKey = QStringLiteral("SPECIAL_ENGINE");
+
+// Percent-encodes text for a URL query the way Foundation's URL-query
+// character set does: letters, digits and - . _ ~ ! $ & ' ( ) * + , ; = : @ / ?
+// stay as they are. So "&" is not escaped, and a sentence holding one ends
+// the query parameter there; the services have always been sent it so.
+QString percentEncodedForQuery(const QString& text)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(text, "!$&'()*+,;=:@/?"));
+}
+
+QUrl urlFromEncoded(const QString& address)
+{
+    return QUrl::fromEncoded(address.toUtf8(), QUrl::TolerantMode);
+}
+
+// An empty string that is not null, for callers that tell the two apart.
+QString nonNull(QString text)
+{
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+unsigned storedEngine()
+{
+    UserDefaults& defaults = UserDefaults::standard();
+    if (!defaults.contains(engineKey))
+        defaults.set(engineKey, unsigned(KSWTranslate::googleMainland));
+    return unsigned(defaults.integer(engineKey));
+}
+
+}  // namespace
+
+KSWTranslate& KSWTranslate::shareInstance()
+{
+    static KSWTranslate* instance = new KSWTranslate;
+    return *instance;
+}
+
+KSWTranslate::KSWTranslate() : engine_(storedEngine()) {}
+
+QString KSWTranslate::translatorEn_(const QString& sentence)
+{
+    return translatorEn_withEngine_(sentence, engine());
+}
+
+QString KSWTranslate::translatorEn_withEngine_(const QString& sentence, unsigned engine)
+{
+    switch (engine) {
+    case automatic: {
+        const QString mainland = cnGoogleFromEn_googleCN_(sentence, true);
+        if (!mainland.isEmpty())
+            return mainland;
+        const QString youdao = cnYoudaoFromEn_(sentence);
+        if (!youdao.isEmpty())
+            return youdao;
+        const QString international = cnGoogleFromEn_googleCN_(sentence, false);
+        if (!international.isEmpty())
+            return international;
+        return cnOluFromEn_(sentence);
+    }
+    case googleMainland:
+        return cnGoogleFromEn_googleCN_(sentence, true);
+    case youdao:
+        return cnYoudaoFromEn_(sentence);
+    case googleInternational:
+        return cnGoogleFromEn_googleCN_(sentence, false);
+    case eudic:
+        return cnOluFromEn_(sentence);
+    default:
+        return nonNull(QString());
+    }
+}
+
+QString KSWTranslate::cnGoogleFromEn_googleCN_(const QString& sentence, bool googleCN)
+{
+    const ServiceHost host = googleCN ? googleMainlandHost() : googleInternationalHost();
+    HttpRequest request;
+    request.method = "GET";
+    request.url = urlFromEncoded(QStringLiteral("%1/translate_a/single?client=at&sl=en&tl=zh-CN&dt=t&q=%2")
+                                     .arg(host.root(), percentEncodedForQuery(sentence)));
+    request.timeout = googleTimeout;
+    request.headers = {
+        {"User-Agent", "Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_4) AppleWebKit/605.1.15 (KHTML, like Gecko) Version/13.1 Safari/605.1.15"},
+        // Both Google endpoints are told the request comes from the mainland page.
+        {"referer", (googleMainlandHost().root() + u'/').toUtf8()},
+        {"host", host.authority.toUtf8()},
+    };
+
+    QString translation;
+    const HttpResponse response = HttpClient::shared().send(request);
+    if (response.replied())
+        translation = googleTranslation(response.body);
+    else
+        logLine(response.error);
+    return nonNull(translation);
+}
+
+QString KSWTranslate::cnYoudaoFromEn_(const QString& sentence)
+{
+    HttpRequest request;
+    request.method = "GET";
+    request.url = urlFromEncoded(QStringLiteral("%1/w/%2/#keyfrom=dict2.top").arg(youdaoHost().root(), percentEncodedForQuery(sentence)));
+    request.timeout = youdaoTimeout;
+    request.headers = {
+        {"User-Agent", "Mozilla/5.0 (Windows NT 10.0; WOW64) AppleWebKit/537.36 (KHTML, like Gecko) Chrome/55.0.2883.87 Safari/537.36"},
+        {"x-requested-with", "XMLHttpRequest"},
+    };
+
+    QString translation;
+    const HttpResponse response = HttpClient::shared().send(request);
+    if (response.replied())
+        translation = youdaoTranslation(response.body);
+    else
+        logLine(response.error);
+    return nonNull(translation);
+}
+
+QString KSWTranslate::cnOluFromEn_(const QString& sentence)
+{
+    HttpRequest request;
+    request.method = "POST";
+    request.url = urlFromEncoded(QStringLiteral("%1/Home/TranslationAjax?to=zh-CN&from=en&text=%2&contentType=%3")
+                                     .arg(eudicHost().root(), percentEncodedForQuery(sentence),
+                                          percentEncodedForQuery(QStringLiteral("text/plain"))));
+    request.timeout = eudicTimeout;
+
+    QString translation;
+    const HttpResponse response = HttpClient::shared().send(request);
+    if (!response.replied()) {
+        logLine(QStringLiteral("🌀🌀🌀🌀 Olu error: %1 🌀🌀🌀🌀").arg(response.error));
+    } else {
+        const EudicReply reply = readEudicReply(response.body);
+        if (reply.isErrorPage) {
+            logLine(QStringLiteral("🌀🌀🌀🌀 Olu error: %1 🌀🌀🌀🌀").arg(reply.text));
+        } else {
+            translation = reply.translation();
+            logLine(QStringLiteral("🌀🌀🌀🌀 sentenceCN: %1 🌀🌀🌀🌀").arg(translation));
+        }
+    }
+    if (translation.isEmpty())
+        logLine(QStringLiteral("🌀🌀🌀🌀 sentenceCN Null!!! 🌀🌀🌀🌀"));
+    return nonNull(translation);
+}
+
+QString KSWTranslate::cnDeeplFromEn_(const QString& sentence)
+{
+    // The request carries the fixed sample sentences, not this one (see deepl_request.h).
+    (void)sentence;
+    const ServiceHost host = deeplHost();
+    HttpRequest request;
+    request.method = "POST";
+    request.url = urlFromEncoded(host.root() + QStringLiteral("/jsonrpc"));
+    request.timeout = deeplTimeout;
+    request.body = deeplRequestBody(QRandomGenerator::global()->bounded(qint64(1), qint64(100000000)));
+    request.headers = {
+        {"Content-Length", QByteArray::number(request.body.size())},
+        {"Content-Type", "application/json; charset=utf-8"},
+        {"Host", host.authority.toUtf8()},
+        {"Origin", host.root().toUtf8()},
+    };
+
+    QString translation;
+    const HttpResponse response = HttpClient::shared().send(request);
+    if (response.replied())
+        translation = deeplTranslation(response.body);
+    else
+        logLine(response.error);
+    return nonNull(translation);
+}
+
+}  // namespace lexicorn

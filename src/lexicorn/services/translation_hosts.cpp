@@ -1,0 +1,57 @@
+#include "lexicorn/services/translation_hosts.h"
+
+#include "foundation/user_defaults.h"
+
+namespace lexicorn {
+
+namespace {
+
+const QString https = QStringLiteral("https");
+const QString http = QStringLiteral("http");
+
+ServiceHost hostSetting(const QString& key, const QString& serviceScheme, const QString& usualHost)
+{
+    return serviceHostFromSetting(UserDefaults::standard().string(key), serviceScheme, usualHost);
+}
+
+}  // namespace
+
+ServiceHost serviceHostFromSetting(const QString& value, const QString& serviceScheme, const QString& usualHost)
+{
+    QString host = value.trimmed();
+    while (host.endsWith(u'/'))
+        host.chop(1);
+    if (host.isEmpty())
+        return {serviceScheme, usualHost};
+    const qsizetype schemeEnd = host.indexOf(QStringLiteral("://"));
+    if (schemeEnd < 0)
+        return {serviceScheme, host};
+    return {host.left(schemeEnd), host.mid(schemeEnd + 3)};
+}
+
+ServiceHost googleMainlandHost()
+{
+    return hostSetting(QStringLiteral("SPECIAL_HOST_GOOGLE_CN"), https, QStringLiteral("translate.google.cn"));
+}
+
+ServiceHost googleInternationalHost()
+{
+    return hostSetting(QStringLiteral("SPECIAL_HOST_GOOGLE"), https, QStringLiteral("translate.google.com"));
+}
+
+ServiceHost youdaoHost()
+{
+    return hostSetting(QStringLiteral("SPECIAL_HOST_YOUDAO"), http, QStringLiteral("dict.youdao.com"));
+}
+
+ServiceHost eudicHost()
+{
+    return hostSetting(QStringLiteral("SPECIAL_HOST_EUDIC"), https, QStringLiteral("dict.eudic.net"));
+}
+
+ServiceHost deeplHost()
+{
+    return hostSetting(QStringLiteral("SPECIAL_HOST_DEEPL"), https, QStringLiteral("www2.deepl.com"));
+}
+
+}  // namespace lexicorn

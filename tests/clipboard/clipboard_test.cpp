@@ -1,0 +1,168 @@
+#include "lexicorn/clipboard/clipboard.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QThread>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace lexicorn {
+namespace {
+
+// Without a GUI application the general pasteboard is the in-process one.
+Pasteboard& pasteboard()
+{
+    return Pasteboard::general();
+}
+
+// Runs the event loop until done() holds or the limit passes; the limit only
+// stops a broken test from hanging.
+bool runEventsUntil(const std::function<bool()>& done)
+{
+    QDeadlineTimer deadline(30000);
+    while (!done() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        QThread::msleep(2);
+    }
+    return done();
+}
+
+TEST(Clipboard, ReportsTheTextOnThePasteboardWhenItHasChanged)
+{
+    using Step = std::function<void()>;
+    const Step copyA = [] { pasteboard().setString(QStringLiteral("apple")); };
+    const Step copyB = [] { pasteboard().setString(QStringLiteral("banana")); };
+    const Step copyImage = [] { pasteboard().setNonText(); };
+    struct Case {
+        const char* name;
+        std::vector<Step> beforePoll;
+        QStringList reported;
+    };
+    const Case cases[] = {
+        {"nothing copied", {}, {}},
+        {"one text", {copyA}, {"apple"}},
+        {"an empty text is still text", {[] { pasteboard().setString(QString()); }}, {""}},
+        {"two copies within one period: the text there at the poll, once", {copyA, copyB}, {"banana"}},
+        {"something that is not text", {copyImage}, {}},
+        {"text, then something that is not text", {copyA, copyImage}, {}},
+        {"something that is not text, then text", {copyImage, copyB}, {"banana"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Clipboard watcher(pasteboard());
+        watcher.startListening();
+        QStringList reported;
+        watcher.onNewCopy([&](const QString& text) { reported << text; });
+        for (const Step& step : c.beforePoll)
+            step();
+        watcher.checkForChangesInPasteboard();
+        EXPECT_EQ(reported, c.reported);
+        EXPECT_EQ(watcher.changeCount(), pasteboard().changeCount());
+        // A second poll with no change in between reports nothing more.
+        watcher.checkForChangesInPasteboard();
+        EXPECT_EQ(reported, c.reported);
+        watcher.stopListening();
+    }
+}
+
+TEST(Clipboard, CallsHooksInTheOrderTheyWereAdded)
+{
+    Clipboard watcher(pasteboard());
+    watcher.startListening();
+    QStringList calls;
+    for (const QString& name : {QStringLiteral("first"), QStringLiteral("second"), QStringLiteral("third")})
+        watcher.onNewCopy([&calls, name](const QString& text) { calls << name + u':' + text; });
+    watcher.copy(QStringLiteral("word"));
+    watcher.checkForChangesInPasteboard();
+    EXPECT_EQ(calls, (QStringList{"first:word", "second:word", "third:word"}));
+}
+
+TEST(Clipboard, CopyPutsExactlyThatTextThereAndIsReportedLikeAnyCopy)
+{
+    Clipboard watcher(pasteboard());
+    watcher.startListening();
+    QStringList reported;
+    watcher.onNewCopy([&](const QString& text) { reported << text; });
+    const QString text = QStringLiteral("  two words\n第二行 ");
+    watcher.copy(text);
+    EXPECT_EQ(pasteboard().string(), text);
+    watcher.checkForChangesInPasteboard();
+    EXPECT_EQ(reported, QStringList{text});
+}
+
+TEST(Clipboard, ACopyMadeByAHookIsTakenAsSeen)
+{
+    Clipboard watcher(pasteboard());
+    watcher.startListening();
+    QStringList reported;
+    watcher.onNewCopy([&](const QString& text) {
+        reported << text;
+        watcher.copy(text.toUpper());
+    });
+    watcher.copy(QStringLiteral("quiet"));
+    watcher.checkForChangesInPasteboard();
+    watcher.checkForChangesInPasteboard();
+    EXPECT_EQ(reported, QStringList{"quiet"});
+    EXPECT_EQ(pasteboard().string(), QStringLiteral("QUIET"));
+}
+
+TEST(Clipboard, StartingTakesTheCurrentCountAsSeenAndDropsHooks)
+{
+    pasteboard().setString(QStringLiteral("copied before"));
+    Clipboard watcher(pasteboard());
+    QStringList reported;
+    watcher.onNewCopy([&](const QString& text) { reported << QStringLiteral("old hook: ") + text; });
+    pasteboard().setString(QStringLiteral("copied before starting"));
+    watcher.startListening();
+    EXPECT_TRUE(watcher.hooks().empty());
+    EXPECT_TRUE(watcher.isRunning());
+    EXPECT_EQ(watcher.changeCount(), pasteboard().changeCount());
+    watcher.onNewCopy([&](const QString& text) { reported << text; });
+    watcher.checkForChangesInPasteboard();
+    EXPECT_TRUE(reported.isEmpty());
+    pasteboard().setString(QStringLiteral("copied after"));
+    watcher.checkForChangesInPasteboard();
+    EXPECT_EQ(reported, QStringList{"copied after"});
+}
+
+TEST(Clipboard, StoppingDropsTheTimerAndTheHooks)
+{
+    Clipboard watcher(pasteboard());
+    EXPECT_FALSE(watcher.isRunning());
+    watcher.startListening();
+    ASSERT_NE(watcher.time(), nullptr);
+    EXPECT_TRUE(watcher.time()->isActive());
+    EXPECT_EQ(std::chrono::milliseconds(watcher.time()->interval()), watcher.timerInterval);
+    watcher.onNewCopy([](const QString&) {});
+    watcher.stopListening();
+    EXPECT_FALSE(watcher.isRunning());
+    EXPECT_EQ(watcher.time(), nullptr);
+    EXPECT_TRUE(watcher.hooks().empty());
+}
+
+TEST(Clipboard, TheTimerPollsUntilAHookStopsIt)
+{
+    Clipboard watcher(pasteboard());
+    watcher.timerInterval = std::chrono::milliseconds(10);
+    watcher.startListening();
+    QStringList reported;
+    watcher.onNewCopy([&](const QString& text) {
+        reported << text;
+        // Stopping from inside the poll the timer is running.
+        if (text == QStringLiteral("stop"))
+            watcher.stopListening();
+    });
+    watcher.copy(QStringLiteral("first"));
+    ASSERT_TRUE(runEventsUntil([&] { return reported.size() == 1; }));
+    watcher.copy(QStringLiteral("stop"));
+    ASSERT_TRUE(runEventsUntil([&] { return !watcher.isRunning(); }));
+    EXPECT_EQ(reported, (QStringList{"first", "stop"}));
+    // Let the stopped timer's deferred deletion run.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+}  // namespace
+}  // namespace lexicorn

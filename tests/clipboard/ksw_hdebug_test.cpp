@@ -1,0 +1,75 @@
+#include "lexicorn/clipboard/clipboard.h"
+#include "lexicorn/clipboard/ksw_hdebug.h"
+
+#include <QObject>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace lexicorn {
+namespace {
+
+// Each test leaves the shared watcher stopped, as it found it.
+class KSWHDebugClipboard : public ::testing::Test {
+protected:
+    void TearDown() override { Clipboard::shared().stopListening(); }
+
+    static void copyAndPoll(const QString& text)
+    {
+        Clipboard::shared().copy(text);
+        Clipboard::shared().checkForChangesInPasteboard();
+    }
+};
+
+TEST_F(KSWHDebugClipboard, ListeningPassesCopiesToTheControllersUpdate)
+{
+    QObject controller;
+    QStringList updates;
+    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << text; });
+    EXPECT_TRUE(Clipboard::shared().isRunning());
+    copyAndPoll(QStringLiteral("serendipity"));
+    EXPECT_EQ(updates, QStringList{"serendipity"});
+}
+
+TEST_F(KSWHDebugClipboard, ListeningAgainWhileRunningAddsNothing)
+{
+    QObject first;
+    QObject second;
+    QStringList updates;
+    KSWHDebug::pasteboardChangedListen_(&first, [&](const QString& text) { updates << QStringLiteral("first:") + text; });
+    KSWHDebug::pasteboardChangedListen_(&second, [&](const QString& text) { updates << QStringLiteral("second:") + text; });
+    EXPECT_EQ(Clipboard::shared().hooks().size(), 1u);
+    copyAndPoll(QStringLiteral("once"));
+    EXPECT_EQ(updates, QStringList{"first:once"});
+}
+
+TEST_F(KSWHDebugClipboard, AGoneControllerIsNoLongerUpdated)
+{
+    auto controller = std::make_unique<QObject>();
+    QStringList updates;
+    KSWHDebug::pasteboardChangedListen_(controller.get(), [&](const QString& text) { updates << text; });
+    copyAndPoll(QStringLiteral("alive"));
+    controller.reset();
+    copyAndPoll(QStringLiteral("gone"));
+    EXPECT_EQ(updates, QStringList{"alive"});
+    EXPECT_EQ(Clipboard::shared().changeCount(), Pasteboard::general().changeCount());
+}
+
+TEST_F(KSWHDebugClipboard, StoppingEndsTheUpdatesAndAllowsListeningAnew)
+{
+    QObject controller;
+    QStringList updates;
+    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << QStringLiteral("old:") + text; });
+    KSWHDebug::pasteboardChangedStop_(&controller);
+    EXPECT_FALSE(Clipboard::shared().isRunning());
+    EXPECT_TRUE(Clipboard::shared().hooks().empty());
+    copyAndPoll(QStringLiteral("while stopped"));
+
+    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << QStringLiteral("new:") + text; });
+    copyAndPoll(QStringLiteral("after"));
+    EXPECT_EQ(updates, QStringList{"new:after"});
+}
+
+}  // namespace
+}  // namespace lexicorn

@@ -1,0 +1,200 @@
+#include "sound_test_support.h"
+
+#include "lexicorn/services/ksw_play_sound.h"
+#include "lexicorn/services/voice_endpoint.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using testing::TempHome;
+
+RecordingSoundPlayer* recording(const KSWPlaySound& sound)
+{
+    return dynamic_cast<RecordingSoundPlayer*>(sound.avPlayer());
+}
+
+QStringList strings(const std::vector<QUrl>& urls)
+{
+    QStringList out;
+    for (const QUrl& url : urls)
+        out << url.toString(QUrl::FullyEncoded);
+    return out;
+}
+
+TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
+{
+    TempHome home;
+    home.writeDict(QStringLiteral("a.mp3"), "a");
+    ASSERT_TRUE(QDir(home.path()).mkpath(QStringLiteral("Dict/voices")));
+    home.writeDict(QStringLiteral("voices/b.mp3"), "b");
+    // Files that exist outside Dict, where a crafted reference could point.
+    QFile secret(home.path() + QStringLiteral("/secret"));
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+    secret.close();
+
+    struct Case {
+        QString reference;
+        std::optional<QString> expected;
+    };
+    const Case cases[] = {
+        {QStringLiteral("sound://"), std::nullopt},
+        {QStringLiteral("sound://a.mp3"), home.dictPath(QStringLiteral("a.mp3"))},
+        {QStringLiteral("sound://voices/b.mp3"), home.dictPath(QStringLiteral("voices/b.mp3"))},
+        {QStringLiteral("sound://missing.mp3"), std::nullopt},
+        {QStringLiteral("sound://voices"), std::nullopt},
+        {QStringLiteral("SOUND://a.mp3"), std::nullopt},
+        {QStringLiteral("Sound://a.mp3"), std::nullopt},
+        {QStringLiteral("sound:/a.mp3"), std::nullopt},
+        {QStringLiteral(" sound://a.mp3"), std::nullopt},
+        {QStringLiteral("a.mp3"), std::nullopt},
+        {QStringLiteral("sound://../secret"), std::nullopt},
+        {QStringLiteral("sound://voices/../../secret"), std::nullopt},
+        {QStringLiteral("sound://") + home.path() + QStringLiteral("/secret"), std::nullopt},
+        {QStringLiteral("sound://") + home.dictPath(QStringLiteral("a.mp3")), std::nullopt},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(KSWPlaySound::localSoundPathWith_(c.reference), c.expected) << c.reference.toStdString();
+}
+
+TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
+{
+    struct Case {
+        SoundPlayerStatus status;
+        bool reused;
+    };
+    const Case cases[] = {
+        {SoundPlayerStatus::readyToPlay, true},
+        {SoundPlayerStatus::unknown, false},
+        {SoundPlayerStatus::failed, false},
+    };
+    const QString first = QStringLiteral("https://voice.test/first.mp3");
+    const QString second = QStringLiteral("https://voice.test/second.mp3");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(c.status));
+        KSWPlaySound sound;
+        EXPECT_EQ(sound.playState, 0);
+        sound.playSoundWithURLString_(first);
+        RecordingSoundPlayer* player = recording(sound);
+        ASSERT_NE(player, nullptr);
+        EXPECT_EQ(sound.playState, 1);
+        EXPECT_EQ(strings(player->played()), QStringList{first});
+        const int firstSerial = player->serial();
+        player->setStatus(c.status);
+
+        sound.playSoundWithURLString_(second);
+        player = recording(sound);
+        ASSERT_NE(player, nullptr);
+        EXPECT_EQ(sound.playState, 1);
+        if (c.reused) {
+            EXPECT_EQ(player->serial(), firstSerial);
+            EXPECT_EQ(strings(player->items()), (QStringList{first, second}));
+            EXPECT_EQ(strings(player->played()), (QStringList{first, second}));
+        } else {
+            EXPECT_NE(player->serial(), firstSerial);
+            EXPECT_EQ(strings(player->items()), QStringList{second});
+            EXPECT_EQ(strings(player->played()), QStringList{second});
+        }
+    }
+}
+
+TEST(KSWPlaySoundPlayer, PlaysAFileWhenOneExistsThereElseTheAddressAsGiven)
+{
+    TempHome home;
+    home.writeDict(QStringLiteral("a.mp3"), "a");
+    const QString existing = home.dictPath(QStringLiteral("a.mp3"));
+    const QString missing = home.dictPath(QStringLiteral("gone.mp3"));
+    struct Case {
+        QString given;
+        QString played;
+    };
+    const Case cases[] = {
+        {existing, QStringLiteral("file://") + existing},
+        {missing, missing},
+        // An address that is already percent-encoded is neither decoded nor encoded twice.
+        {QStringLiteral("https://voice.test/dictvoice?audio=ice%20cream&type=2"),
+         QStringLiteral("https://voice.test/dictvoice?audio=ice%20cream&type=2")},
+    };
+    for (const Case& c : cases) {
+        KSWPlaySound sound;
+        sound.playSoundWithURLString_(c.given);
+        ASSERT_NE(recording(sound), nullptr);
+        EXPECT_EQ(strings(recording(sound)->played()), QStringList{c.played}) << c.given.toStdString();
+    }
+}
+
+TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
+{
+    const auto voiceServer = testing::startVoiceServer();
+    ASSERT_TRUE(voiceServer->started());
+    const QString nothingListens = QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort());
+    struct Case {
+        QString service;
+        QString word;
+        bool offline;
+    };
+    const Case cases[] = {
+        {voiceServer->url(), QStringLiteral("hello"), false},
+        {voiceServer->url(), QStringLiteral("missing"), true},  // the service answers 404
+        {nothingListens, QStringLiteral("hello"), true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
+        TempHome home;
+        testing::useVoiceService(c.service);
+        const QString voice = voiceURL(c.word).toString(QUrl::FullyEncoded);
+        ASSERT_TRUE(voice.startsWith(c.service + QStringLiteral("/dictvoice?audio=")));
+
+        KSWPlaySound sound;
+        std::optional<bool> spokenOffline;
+        sound.onVoiceChecked = [&](const QString& word, bool offline) {
+            EXPECT_EQ(word, c.word);
+            spokenOffline = offline;
+        };
+        sound.playSoundWithWord_(c.word);
+        // The service's file is started at once, before anything is known about it.
+        ASSERT_NE(recording(sound), nullptr);
+        EXPECT_EQ(strings(recording(sound)->played()), QStringList{voice});
+        EXPECT_EQ(sound.playState, 1);
+        // Ready, so a fallback goes to this same player and its record shows both.
+        recording(sound)->setStatus(SoundPlayerStatus::readyToPlay);
+
+        ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+        EXPECT_EQ(*spokenOffline, c.offline);
+        const QList<QUrl> played(recording(sound)->played().begin(), recording(sound)->played().end());
+        if (!c.offline) {
+            EXPECT_EQ(played.size(), 1);
+            continue;
+        }
+        ASSERT_EQ(played.size(), 2);
+        ASSERT_TRUE(played.last().isLocalFile()) << played.last().toString().toStdString();
+        QFile wav(played.last().toLocalFile());
+        ASSERT_TRUE(wav.open(QIODevice::ReadOnly));
+        const testing::WavCheck check = testing::checkWav(wav.readAll());
+        EXPECT_TRUE(check.problem.isEmpty()) << check.problem.toStdString();
+        EXPECT_FALSE(check.silent);
+    }
+}
+
+TEST(KSWPlaySoundWord, LeavesALaterSoundAloneWhenTheServiceFails)
+{
+    TempHome home;
+    testing::useVoiceService(QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
+    KSWPlaySound sound;
+    std::optional<bool> spokenOffline;
+    sound.onVoiceChecked = [&](const QString&, bool offline) { spokenOffline = offline; };
+    sound.playSoundWithWord_(QStringLiteral("hello"));
+    const QString later = QStringLiteral("https://voice.test/later.mp3");
+    sound.playSoundWithURLString_(later);
+
+    ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+    EXPECT_FALSE(*spokenOffline);
+    EXPECT_EQ(strings(recording(sound)->played()).last(), later);
+}
+
+}  // namespace
+}  // namespace lexicorn

@@ -1,0 +1,100 @@
+#include "sound_test_support.h"
+
+#include <QFile>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using testing::TempHome;
+
+struct CliRun {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// Runs the command line tool; it finds the settings through LEXICORN_HOME,
+// which the TempHome of the calling test has set.
+CliRun lexicorn(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(LEXICORN_CLI), arguments);
+    EXPECT_TRUE(process.waitForFinished(120000)) << arguments.join(u' ').toStdString();
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
+{
+    const auto voiceServer = testing::startVoiceServer();
+    ASSERT_TRUE(voiceServer->started());
+    struct Case {
+        QString service;
+        QString word;
+        QByteArray serviceFile;  // expected content; empty when the offline WAV is expected
+        const char* said;
+    };
+    const Case cases[] = {
+        {voiceServer->url(), QStringLiteral("hello"), "ID3 fake mp3 for hello", "of MP3 from the voice service"},
+        {voiceServer->url(), QStringLiteral("ice cream"), "ID3 fake mp3 for ice%20cream", "of MP3 from the voice service"},
+        {voiceServer->url(), QStringLiteral("missing"), {}, "of WAV from the offline voice (eSpeak NG; the voice service failed: the voice service answered HTTP 404)"},
+        {QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()), QStringLiteral("hello"), {}, "of WAV from the offline voice"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
+        TempHome home;
+        testing::useVoiceService(c.service);
+        const QString out = home.path() + QStringLiteral("/voice.audio");
+        const CliRun run = lexicorn({QStringLiteral("say"), QStringLiteral("--out"), out, c.word});
+        EXPECT_EQ(run.status, 0) << run.err.toStdString();
+        EXPECT_TRUE(run.out.startsWith(QStringLiteral("wrote ") + out + u':')) << run.out.toStdString();
+        EXPECT_TRUE(run.out.contains(QString::fromUtf8(c.said))) << run.out.toStdString();
+        const QByteArray written = readFile(out);
+        if (!c.serviceFile.isEmpty()) {
+            EXPECT_EQ(written, c.serviceFile);
+        } else {
+            const testing::WavCheck check = testing::checkWav(written);
+            EXPECT_TRUE(check.problem.isEmpty()) << check.problem.toStdString();
+            EXPECT_FALSE(check.silent);
+        }
+    }
+}
+
+TEST(SayCommand, BadCallsSayWhatIsWrongOnOneLineAndFail)
+{
+    TempHome home;
+    testing::useVoiceService(QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
+    struct Case {
+        QStringList arguments;
+        int status;
+        const char* message;
+    };
+    const Case cases[] = {
+        {{"say"}, 2, "say needs exactly one WORD"},
+        {{"say", "two", "words"}, 2, "say needs exactly one WORD"},
+        {{"say", "  "}, 2, "say needs exactly one WORD"},
+        {{"say", "hello", "--out"}, 2, "--out needs a value"},
+        {{"say", "--out=", "hello"}, 2, "--out needs a file name"},
+        {{"say", "--loud", "hello"}, 2, "unknown option --loud"},
+        {{"say", "--out", "/no/such/folder/voice.wav", "hello"}, 1, "cannot write /no/such/folder/voice.wav"},
+    };
+    for (const Case& c : cases) {
+        const CliRun run = lexicorn(c.arguments);
+        EXPECT_EQ(run.status, c.status) << c.arguments.join(u' ').toStdString();
+        EXPECT_TRUE(run.err.startsWith(QStringLiteral("lexicorn: ") + QString::fromUtf8(c.message))) << run.err.toStdString();
+        EXPECT_EQ(run.err.count(u'\n'), 1) << run.err.toStdString();
+        EXPECT_TRUE(run.out.isEmpty()) << run.out.toStdString();
+    }
+}
+
+}  // namespace
+}  // namespace lexicorn
