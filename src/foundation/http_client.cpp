@@ -1,6 +1,7 @@
 #include "foundation/http_client.h"
 
 #include "foundation/dispatch.h"
+#include "foundation/plain_http.h"
 
 #include <QMetaObject>
 #include <QNetworkAccessManager>
@@ -73,6 +74,8 @@ HttpClient::HttpClient() : worker_(new Worker)
 
 HttpResponse HttpClient::send(const HttpRequest& request)
 {
+    if (request.url.scheme() == QStringLiteral("http"))
+        return sendPlainHttp(request);
     DispatchSemaphore finished;
     HttpResponse response;
     QMetaObject::invokeMethod(worker_, [&] {

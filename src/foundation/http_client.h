@@ -27,9 +27,10 @@ struct HttpResponse {
     bool replied() const { return error.isEmpty(); }
 };
 
-// Blocking HTTP for any thread. The requests run on one network thread of
-// their own, so a caller on the main thread waits without needing its own
-// event loop. Connections to a host are kept alive and reused.
+// Blocking HTTP for any thread. Plain "http" requests run on the calling
+// thread over kept-alive sockets (see plain_http.h); "https" requests run on
+// one network thread of Qt's, so a caller waits without needing an event
+// loop of its own. Connections to a host are kept alive and reused.
 class HttpClient {
 public:
     static HttpClient& shared();

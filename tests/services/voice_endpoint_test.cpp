@@ -59,7 +59,7 @@ TEST(SoundWordAudio, TakesTheServiceFileWhenThereIsOneElseTheOfflineVoice)
         {voiceServer->url(), QStringLiteral("ice cream"), WordAudio::Source::voiceService, "ID3 fake mp3 for ice%20cream", ""},
         {voiceServer->url(), QStringLiteral("missing"), WordAudio::Source::offlineVoice, {}, "HTTP 404"},
         {QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {},
-         "refused"},
+         "Could not connect"},
         {hanging.url(), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {}, "timed out"},
         {QStringLiteral("http://bad host"), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {}, "SPECIAL_HOST_VOICE"},
     };
