@@ -111,6 +111,7 @@ TEST(RecordJson, UnknownKeysAreIgnoredAndTrailingContentIsRejected)
     jsonread::Failure failure;
     EXPECT_TRUE(decodeList(R"([{"index":1,"extra":{"a":[1]},"word":"a","enWords":[]}])", failure));
     EXPECT_FALSE(decodeList(R"([] [])", failure));
+    EXPECT_FALSE(decodeList(R"([{"index":1,"word":"a","link":n[],"enWords":[]}])", failure));
     EXPECT_FALSE(decodeList(R"([{"index":1,"word":"a","enWords":[]})", failure));
 }
 

@@ -69,7 +69,10 @@ bool readEnWord(value& v, EnWord* target, Failure& failure)
 bool readLink(value& v, EnWordData* target, Failure& failure)
 {
     // A null link reads as absent, like a missing key.
-    if (v.is_null()) {
+    bool isNull = false;
+    if (v.is_null().get(isNull))
+        return fail(failure, QStringLiteral("is malformed"));
+    if (isNull) {
         if (target)
             target->link.reset();
         return true;
