@@ -8,25 +8,15 @@
 #include <QProcess>
 #include <QRegularExpression>
 
+#include "support/cli_run.h"
+
 #include <gtest/gtest.h>
 
 namespace lexicorn {
 namespace {
 
-struct CliRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-CliRun lexicorn(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(LEXICORN_CLI), arguments);
-    EXPECT_TRUE(process.waitForFinished(120000)) << arguments.join(u' ').toStdString();
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-}
+using testing::CliRun;
+const auto lexicorn = testing::runLexicorn;
 
 const QByteArray rawDictionary = R"({"run": {"star": "5", "readings": ["rʌn"], "defs": [
     {"def_cn": "跑", "def_en": "move fast", "pos_cn": "动词", "pos_en": "VERB", "ext": [{"ext_cn": "他跑了。", "ext_en": "He ran."}]}]},

@@ -3,29 +3,17 @@
 #include <QFile>
 #include <QProcess>
 
+#include "support/cli_run.h"
+
 #include <gtest/gtest.h>
 
 namespace lexicorn {
 namespace {
 
+using testing::CliRun;
+const auto lexicorn = testing::runLexicorn;
+
 using testing::TempHome;
-
-struct CliRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-// Runs the command line tool; it finds the settings through LEXICORN_HOME,
-// which the TempHome of the calling test has set.
-CliRun lexicorn(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(LEXICORN_CLI), arguments);
-    EXPECT_TRUE(process.waitForFinished(120000)) << arguments.join(u' ').toStdString();
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-}
 
 QByteArray readFile(const QString& path)
 {

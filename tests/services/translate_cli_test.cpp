@@ -7,25 +7,15 @@
 
 #include <QProcess>
 
+#include "support/cli_run.h"
+
 #include <gtest/gtest.h>
 
 namespace lexicorn {
 namespace {
 
-struct CliRun {
-    int status = -1;
-    QString out;
-    QString err;
-};
-
-CliRun lexicorn(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(LEXICORN_CLI), arguments);
-    EXPECT_TRUE(process.waitForFinished(60000)) << arguments.join(u' ').toStdString();
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
-}
+using testing::CliRun;
+const auto lexicorn = testing::runLexicorn;
 
 // The stored engine as the command left it on disk.
 QString storedEngine(const testing::TempHome& home)
