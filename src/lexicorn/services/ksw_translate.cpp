@@ -88,6 +88,22 @@ QString KSWTranslate::translatorEn_withEngine_(const QString& sentence, unsigned
     }
 }
 
+namespace {
+
+// Sends an engine's request and reads its reply; a transport failure is logged
+// and gives the empty string.
+QString sendAndRead(const HttpRequest& request, QString (*read)(const QByteArray&))
+{
+    const HttpResponse response = HttpClient::shared().send(request);
+    if (!response.replied()) {
+        logLine(response.error);
+        return nonNull(QString());
+    }
+    return nonNull(read(response.body));
+}
+
+}  // namespace
+
 QString KSWTranslate::cnGoogleFromEn_googleCN_(const QString& sentence, bool googleCN)
 {
     const ServiceHost host = googleCN ? googleMainlandHost() : googleInternationalHost();
@@ -103,13 +119,7 @@ QString KSWTranslate::cnGoogleFromEn_googleCN_(const QString& sentence, bool goo
         {"host", host.authority.toUtf8()},
     };
 
-    QString translation;
-    const HttpResponse response = HttpClient::shared().send(request);
-    if (response.replied())
-        translation = googleTranslation(response.body);
-    else
-        logLine(response.error);
-    return nonNull(translation);
+    return sendAndRead(request, googleTranslation);
 }
 
 QString KSWTranslate::cnYoudaoFromEn_(const QString& sentence)
@@ -123,13 +133,7 @@ QString KSWTranslate::cnYoudaoFromEn_(const QString& sentence)
         {"x-requested-with", "XMLHttpRequest"},
     };
 
-    QString translation;
-    const HttpResponse response = HttpClient::shared().send(request);
-    if (response.replied())
-        translation = youdaoTranslation(response.body);
-    else
-        logLine(response.error);
-    return nonNull(translation);
+    return sendAndRead(request, youdaoTranslation);
 }
 
 QString KSWTranslate::cnOluFromEn_(const QString& sentence)
@@ -176,13 +180,7 @@ QString KSWTranslate::cnDeeplFromEn_(const QString& sentence)
         {"Origin", host.root().toUtf8()},
     };
 
-    QString translation;
-    const HttpResponse response = HttpClient::shared().send(request);
-    if (response.replied())
-        translation = deeplTranslation(response.body);
-    else
-        logLine(response.error);
-    return nonNull(translation);
+    return sendAndRead(request, deeplTranslation);
 }
 
 }  // namespace lexicorn
