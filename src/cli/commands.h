@@ -12,5 +12,7 @@ int runAnki(Arguments& arguments);
 int runDefaults(Arguments& arguments);
 int runTranslate(Arguments& arguments);
 int runSay(Arguments& arguments);
+int runRows(Arguments& arguments);
+int runCard(Arguments& arguments);
 
 }  // namespace lexicorn::cli

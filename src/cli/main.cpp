@@ -30,6 +30,12 @@ commands:
       pronounce a word, or write its pronunciation to FILE
   defaults list|get KEY|set KEY VALUE|delete KEY
       the settings store the reader uses
+  rows [--home DIR] [--dict D] [--sentence S] --json WORD
+      the popup's sections of styled rows for a lookup, as JSON
+  card make [--home DIR] [--dict D] [--sentence S] [--translation T] WORD SECTION ROW
+      the dictionary note the popup writes for that row, as JSON
+  card fields [--book-title T] [--ip HOST:PORT] NOTE_JSON_FILE
+      the Anki note a dictionary note becomes, as JSON
 
 The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).
 )";
@@ -59,6 +65,8 @@ int main(int argc, char* argv[])
         {QStringLiteral("defaults"), runDefaults},
         {QStringLiteral("translate"), runTranslate},
         {QStringLiteral("say"), runSay},
+        {QStringLiteral("rows"), runRows},
+        {QStringLiteral("card"), runCard},
     };
     const QString name = words.takeFirst();
     const auto command = commands.find(name);

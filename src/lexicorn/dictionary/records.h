@@ -94,6 +94,20 @@ public:
     };
     Range rangeOfWord() const;
 
+    // The field markers of a dictionary card, shared by the popup rows, the
+    // note format and every writer of dictionary notes.
+    static inline const QString SEPA_End = QStringLiteral("🔚;");
+    static inline const QString SEPA_Index = QStringLiteral("📇");
+    static inline const QString SEPA_Pos = QStringLiteral("༒");
+    static inline const QString SEPA_star = QStringLiteral("🔝");
+    static inline const QString SEPA_Readings = QStringLiteral("🗣");
+    static inline const QString SEPA_SP_En = QStringLiteral("💫");
+    static inline const QString SEPA_SP_Cn = QStringLiteral("🌒");
+    static inline const QString SEPA_Gram = QStringLiteral("🌓");
+    static inline const QString SEPA_Def = QStringLiteral("🌕");
+    static inline const QString SEPA_Def_Cn = QStringLiteral("🇨🇳");
+    static inline const QString SEPA_Ext = QStringLiteral("📌");
+
 private:
     QString word_;
     QString quoteSentence_;

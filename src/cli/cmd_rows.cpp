@@ -1,0 +1,10 @@
+#include "cli/commands.h"
+
+namespace lexicorn::cli {
+
+int runRows(Arguments&)
+{
+    throw CommandError(QStringLiteral("rows is not available yet"));
+}
+
+}  // namespace lexicorn::cli
