@@ -34,7 +34,7 @@ commands:
       the popup's sections of styled rows for a lookup, as JSON
   card make [--home DIR] [--dict D] [--sentence S] [--translation T] WORD SECTION ROW
       the dictionary note the popup writes for that row, as JSON
-  card fields [--book-title T] [--ip HOST:PORT] NOTE_JSON_FILE
+  card fields [--home DIR] [--dict D] [--book-title T] [--ip HOST:PORT] NOTE_JSON_FILE
       the Anki note a dictionary note becomes, as JSON
 
 The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).

@@ -1,1 +1,6 @@
-target_sources(lexicorn_render PRIVATE ${CMAKE_CURRENT_LIST_DIR}/styled_text_stub.cpp)
+target_sources(lexicorn_render PRIVATE
+  ${CMAKE_CURRENT_LIST_DIR}/styled_text.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ksw_text_attr.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/dict_data_rows.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/markup.cpp
+)

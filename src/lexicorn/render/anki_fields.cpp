@@ -1,0 +1,295 @@
+#include "lexicorn/render/anki_fields.h"
+
+#include "lexicorn/anki/anki_reply.h"
+#include "lexicorn/anki/ksw_ankiconnect.h"
+#include "lexicorn/render/html_text.h"
+#include "lexicorn/services/ksw_play_sound.h"
+#include "lexicorn/services/voice_endpoint.h"
+#include "lexicorn/services/word_audio.h"
+
+#include "foundation/log.h"
+#include "foundation/user_defaults.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+
+namespace lexicorn {
+
+namespace {
+
+const QString sectionOutOfRangeLog = QStringLiteral("🌀🌀🌀 section 超出范围！");
+const QString sectionOutOfRange = QStringLiteral("索引 section 超出范围");
+const QString itemOutOfRangeLog = QStringLiteral("🌀🌀🌀 item 超出范围！");
+const QString itemOutOfRange = QStringLiteral("索引 item 超出范围");
+const QString deckOrTypeMissing = QStringLiteral("未设置正确的 Deck、Type 名称！");
+
+const QString soundScheme = QStringLiteral("sound://");
+const QString localPrefix = QStringLiteral("MN3_LW_");
+const QString voicePrefix = QStringLiteral("MN3_YD_");
+
+// ---- sound files
+
+// A name Anki can store a file under: characters that file systems refuse
+// become "_".
+QString mediaSafe(const QString& name)
+{
+    QString safe = name;
+    for (QChar& c : safe) {
+        if (c.unicode() < 0x20 || c == u'/' || c == u'\\' || c == u':' || c == u'*' || c == u'?' || c == u'"' || c == u'<'
+            || c == u'>' || c == u'|')
+            c = u'_';
+    }
+    return safe;
+}
+
+QString soundTag(const QString& fileName)
+{
+    return fileName.isEmpty() ? QString() : QStringLiteral("[sound:") + fileName + u']';
+}
+
+// The local file a dictionary's sound reference names: "sound://FILE", or a
+// bare FILE (no scheme), in the Dict folder.
+struct LocalSound {
+    QString reference;  // FILE
+    QString path;
+};
+std::optional<LocalSound> localSound(const QString& reference)
+{
+    const QString trimmed = reference.trimmed();
+    if (trimmed.isEmpty())
+        return std::nullopt;
+    QString full = trimmed;
+    if (!full.startsWith(soundScheme)) {
+        if (full.contains(QStringLiteral("://")))
+            return std::nullopt;
+        full = soundScheme + full;
+    }
+    const std::optional<QString> path = KSWPlaySound::localSoundPathWith_(full);
+    if (!path)
+        return std::nullopt;
+    return LocalSound{full.mid(soundScheme.size()), *path};
+}
+
+// Stores files in Anki's media folder, and stops trying once Anki has not
+// answered: each unanswered request costs the client's full time-outs.
+class MediaStore {
+public:
+    // The name Anki stored the file under, or the name asked for when Anki
+    // did not say; empty when nothing was sent.
+    QString storeData(const QString& name, const QByteArray& bytes)
+    {
+        if (!reachable_)
+            return name;
+        return storedName(name, anki_.updateMediaFile_data_(name, QString::fromLatin1(bytes.toBase64())));
+    }
+    QString storeUrl(const QString& name, const QString& url)
+    {
+        if (!reachable_)
+            return name;
+        return storedName(name, anki_.updateMediaFile_url_(name, url));
+    }
+
+    // The word's sound tag (see the table in anki_fields.h).
+    QString wordSound(const QString& word, const QString& amePron)
+    {
+        if (const std::optional<LocalSound> local = localSound(amePron))
+            return soundTag(storeLocal(*local));
+        if (word.trimmed().isEmpty())
+            return QString();
+        return soundTag(storeSpoken(word, voiceFileName(mediaSafe(word)), localPrefix + mediaSafe(word) + QStringLiteral(".wav")));
+    }
+
+    // An example's sound tag.
+    QString exampleSound(const EnWordExt& example)
+    {
+        if (const std::optional<LocalSound> local = localSound(example.speaker))
+            return soundTag(storeLocal(*local));
+        QString sentence = example.en;
+        sentence.remove(QStringLiteral("<b>"));
+        sentence.remove(QStringLiteral("</b>"));
+        sentence = sentence.trimmed();
+        if (sentence.isEmpty())
+            return QString();
+        const QString key = QStringLiteral("ex_")
+            + QString::fromLatin1(QCryptographicHash::hash(sentence.toUtf8(), QCryptographicHash::Sha1).toHex().left(12));
+        return soundTag(storeSpoken(sentence, voicePrefix + key + QStringLiteral("_1.mp3"), localPrefix + key + QStringLiteral(".wav")));
+    }
+
+private:
+    QString storedName(const QString& asked, const KSWAnkiconnect::Reply& reply)
+    {
+        if (!reply) {
+            reachable_ = false;
+            return asked;
+        }
+        const QJsonValue result = reply->value(QStringLiteral("result"));
+        if (ankiReplySucceeded(*reply) && result.isString() && !result.toString().isEmpty())
+            return result.toString();
+        return asked;
+    }
+
+    QString storeLocal(const LocalSound& local)
+    {
+        QFile file(local.path);
+        if (!file.open(QIODevice::ReadOnly))
+            return QString();
+        return storeData(localPrefix + mediaSafe(local.reference), file.readAll());
+    }
+
+    // The text read by the voice service, which Anki fetches itself; or, when
+    // the service cannot be reached from here, by the offline voice.
+    QString storeSpoken(const QString& text, const QString& voiceName, const QString& offlineName)
+    {
+        const WordAudio audio = wordAudio(text);
+        switch (audio.source) {
+        case WordAudio::Source::voiceService:
+            return storeUrl(voiceName, voiceURL(text).toString(QUrl::FullyEncoded));
+        case WordAudio::Source::offlineVoice:
+            return storeData(offlineName, audio.bytes);
+        case WordAudio::Source::none:
+            break;
+        }
+        logLine(QStringLiteral("🌀🌀🌀 no sound for \"%1\": %2").arg(text, audio.voiceServiceProblem));
+        return QString();
+    }
+
+    KSWAnkiconnect& anki_ = KSWAnkiconnect::shareInstance();
+    bool reachable_ = true;
+};
+
+// ---- HTML
+
+QString senseHtml(const EnWord& entry, const EnWordDef& sense, const std::vector<QString>& exampleSounds)
+{
+    const auto e = htmlEscapeEliminateB;
+    QString html;
+    html.reserve(1024);
+    html += QStringLiteral("<span class='star'>") + e(entry.star);
+    html += QStringLiteral("</span><span class='pos en'>") + e(entry.pos_en);
+    html += QStringLiteral("</span><span class='gram'>");
+    if (!sense.gram.isEmpty())
+        html += u'[' + e(sense.gram) + u']';
+    html += QStringLiteral("</span><br></style><span class='subTitle'>") + e(sense.subTitle);
+    html += QStringLiteral("</span><span class='tran'><span class='signpos en'>") + e(sense.signpos_en);
+    html += QStringLiteral("<span class='signpos cn'>") + e(sense.signpos_cn);
+    html += QStringLiteral("</span></span><span class='eng_tran'>") + e(sense.def_en);
+    html += QStringLiteral("</span><span class='chn_tran'>") + e(sense.def_cn);
+    html += QStringLiteral("</span></span>");
+    for (std::size_t index = 0; index < sense.exts.size(); ++index) {
+        const EnWordExt& example = *sense.exts[index];
+        html += index == 0 ? QStringLiteral("<ul class='sents'><li class='sent'><span class='speak_sent'>")
+                           : QStringLiteral("<li class='sent'><span class='speak_sent'>");
+        html += e(exampleSounds[index]);
+        html += QStringLiteral("</span><span class='eng_sent'>") + htmlBoldWord(example.en, entry.title);
+        html += QStringLiteral("</span><span class='chn_sent'>") + e(example.cn);
+        html += QStringLiteral("</span></li>");
+    }
+    if (!sense.exts.empty())
+        html += QStringLiteral("</ul>");
+    return html;
+}
+
+QString sentenceHtml(const QString& quoteSentence, const QString& word)
+{
+    // The card rebuilt from a note brings the sentence with the word already
+    // in <b>; the popup brings the page's plain text.
+    if (quoteSentence.contains(QStringLiteral("<b>")))
+        return htmlEscapeEliminateB(quoteSentence);
+    return htmlBoldWord(quoteSentence, word);
+}
+
+QString extraInfoHtml(const QString& bookTitle, const QString& sentenceCN, const std::optional<QString>& appendHtml)
+{
+    QStringList parts;
+    if (!bookTitle.isEmpty())
+        parts << QStringLiteral("《") + htmlEscape(bookTitle) + QStringLiteral("》");
+    if (!sentenceCN.isEmpty())
+        parts << htmlEscapeEliminateB(sentenceCN);
+    if (appendHtml && !appendHtml->isEmpty())
+        parts << *appendHtml;
+    return parts.join(QStringLiteral("<br>"));
+}
+
+}  // namespace
+
+QString formatWithObjects(const QString& format, std::initializer_list<QString> arguments)
+{
+    static const QString placeholder = QStringLiteral("%@");
+    QString out;
+    out.reserve(format.size() + 64);
+    auto next = arguments.begin();
+    qsizetype copied = 0;
+    qsizetype at = format.indexOf(placeholder);
+    while (at >= 0 && next != arguments.end()) {
+        out += QStringView(format).mid(copied, at - copied);
+        out += *next++;
+        copied = at + placeholder.size();
+        at = format.indexOf(placeholder, copied);
+    }
+    out += QStringView(format).mid(copied);
+    return out;
+}
+
+CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+                                        const QString& sentenceCN, std::optional<QJsonValue> ankiID,
+                                        std::optional<QString> appendHtml, const QString& noteId)
+{
+    const EnWordList& entries = data.enWords();
+    if (indexPath.section < 0 || std::size_t(indexPath.section) >= entries.size()) {
+        logLine(sectionOutOfRangeLog);
+        return CardError::make(ErrorCode::structure, sectionOutOfRange);
+    }
+    const EnWord& entry = *entries[std::size_t(indexPath.section)];
+    if (indexPath.item < 0 || std::size_t(indexPath.item) >= entry.defs.size()) {
+        logLine(itemOutOfRangeLog);
+        return CardError::make(ErrorCode::structure, itemOutOfRange);
+    }
+    const EnWordDef& sense = *entry.defs[std::size_t(indexPath.item)];
+
+    UserDefaults& defaults = UserDefaults::standard();
+    const QString deck = defaults.string(ankiset::deckName);
+    const QString type = defaults.string(ankiset::typeName);
+    if (deck.isEmpty() || type.isEmpty())
+        return CardError::make(ErrorCode::structure, deckOrTypeMissing);
+
+    MediaStore media;
+    const QString wordSound = media.wordSound(word, entry.amePron);
+    std::vector<QString> exampleSounds;
+    exampleSounds.reserve(sense.exts.size());
+    for (const EnWordExtPtr& example : sense.exts)
+        exampleSounds.push_back(media.exampleSound(*example));
+
+    const auto e = htmlEscapeEliminateB;
+    const QString oneLine = formatWithObjects(cardStyleSheet, {e(entry.pos_en), e(sense.def_en), e(sense.def_cn)});
+    const QString link = noteId.isEmpty() ? QString() : htmlEscape(formatWithObjects(noteLinkFormat, {noteId}));
+    const std::pair<const QString&, QString> contents[] = {
+        {ankiset::expression, htmlEscape(word)},
+        {ankiset::definitions, oneLine},
+        {ankiset::sentence, sentenceHtml(data.quoteSentence(), word)},
+        {ankiset::extraInfo, extraInfoHtml(bookTitle, sentenceCN, appendHtml)},
+        {ankiset::url, link},
+        {ankiset::definition, senseHtml(entry, sense, exampleSounds)},
+        {ankiset::reading, e(entry.readings)},
+        {ankiset::audio, htmlEscape(wordSound)},
+    };
+    QJsonObject fields;
+    for (const auto& [key, content] : contents)
+        fields.insert(defaults.string(key), content);
+
+    QJsonObject note{
+        {QStringLiteral("deckName"), deck},
+        {QStringLiteral("modelName"), type},
+        {QStringLiteral("fields"), fields},
+        {QStringLiteral("options"),
+         QJsonObject{{QStringLiteral("allowDuplicate"), defaults.string(ankiset::duplicate) == QStringLiteral("YES")},
+                     {QStringLiteral("duplicateScope"), QStringLiteral("deck")}}},
+        {QStringLiteral("tags"), QJsonArray{ankiCardTag}},
+    };
+    if (ankiID)
+        note.insert(QStringLiteral("id"), *ankiID);
+    return note;
+}
+
+}  // namespace lexicorn

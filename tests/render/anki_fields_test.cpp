@@ -1,0 +1,330 @@
+#include "card_fixtures.h"
+
+#include "lexicorn/anki/ksw_ankiconnect.h"
+#include "lexicorn/render/anki_fields.h"
+
+#include "foundation/user_defaults.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QJsonArray>
+#include <QRegularExpression>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using testing::AnkiCollection;
+using testing::EchoAnki;
+
+EnWordExtPtr example(const QString& en, const QString& cn, const QString& speaker)
+{
+    return std::make_shared<EnWordExt>(EnWordExt{cn, en, speaker});
+}
+
+// "take" with one full sense; its sounds are files of the Dict folder.
+EnWordPtr takeEntry()
+{
+    auto sense = std::make_shared<EnWordDef>();
+    sense->subTitle = QStringLiteral("take sth away");
+    sense->signpos_en = QStringLiteral("MOVE");
+    sense->signpos_cn = QStringLiteral("带走");
+    sense->gram = QStringLiteral("T");
+    sense->def_en = QStringLiteral("to move sth <b>from</b> one place");
+    sense->def_cn = QStringLiteral("拿走");
+    sense->exts = {example(QStringLiteral("<b>Take</b> the chair away."), QStringLiteral("把椅子拿走。"), QStringLiteral("take_ex1.mp3")),
+                   example(QStringLiteral("She'll take it home."), QStringLiteral("她会把它带回家。"), QStringLiteral("sound://ex/take_2.mp3"))};
+    auto entry = std::make_shared<EnWord>(QStringLiteral("take"), EnWordDefList{sense});
+    entry->star = QStringLiteral("●●●");
+    entry->readings = QStringLiteral("teɪk");
+    entry->pos_en = QStringLiteral("verb");
+    entry->amePron = QStringLiteral("sound://take_us.mp3");
+    return entry;
+}
+
+class AnkiFields : public testing::CardHome {
+protected:
+    void SetUp() override
+    {
+        QDir(home_.path()).mkpath(QStringLiteral("Dict/ex"));
+        home_.writeDict(QStringLiteral("take_ex1.mp3"), "first example");
+        home_.writeDict(QStringLiteral("ex/take_2.mp3"), "second example");
+        home_.writeDict(QStringLiteral("take_us.mp3"), "take, American");
+        ASSERT_TRUE(echo_.ready());
+    }
+
+    CardResult<QJsonObject> fields(const DictData& data, IndexPath path = {0, 0}, std::optional<QJsonValue> ankiID = std::nullopt)
+    {
+        return wordDictForAnki(data, QStringLiteral("took"), QStringLiteral("Book <1>"), path, QStringLiteral("她<b>拿</b>了。"), ankiID,
+                               QStringLiteral("<div>extra</div>"), QStringLiteral("N-1"));
+    }
+
+    DictData take_{QStringLiteral("took"), QStringLiteral("She took the chair & left."), EnWordList{takeEntry()}};
+    EchoAnki echo_;
+};
+
+TEST_F(AnkiFields, TheFullSenseAsHtml)
+{
+    const CardResult<QJsonObject> note = fields(take_);
+    ASSERT_TRUE(note) << note.error().message().toStdString();
+    EXPECT_EQ(note->value("fields").toObject().value("DEFINITION").toString(),
+              QStringLiteral("<span class='star'>●●●</span><span class='pos en'>verb</span><span class='gram'>[T]</span>"
+                             "<br></style><span class='subTitle'>take sth away</span>"
+                             "<span class='tran'><span class='signpos en'>MOVE<span class='signpos cn'>带走</span></span>"
+                             "<span class='eng_tran'>to move sth <b>from</b> one place</span><span class='chn_tran'>拿走</span></span>"
+                             "<ul class='sents'>"
+                             "<li class='sent'><span class='speak_sent'>[sound:MN3_LW_take_ex1.mp3]</span>"
+                             "<span class='eng_sent'><b><b>Take</b></b> the chair away.</span><span class='chn_sent'>把椅子拿走。</span></li>"
+                             "<li class='sent'><span class='speak_sent'>[sound:MN3_LW_ex_take_2.mp3]</span>"
+                             "<span class='eng_sent'>She&#39;ll <b>take</b> it home.</span><span class='chn_sent'>她会把它带回家。</span></li>"
+                             "</ul>"));
+}
+
+TEST_F(AnkiFields, EveryFieldAndTheNoteAroundThem)
+{
+    const CardResult<QJsonObject> note = fields(take_, {0, 0}, QJsonValue(1700000000123.0));
+    ASSERT_TRUE(note) << note.error().message().toStdString();
+    EXPECT_EQ(note->keys(), (QStringList{"deckName", "fields", "id", "modelName", "options", "tags"}));
+    EXPECT_EQ(note->value("deckName").toString(), QStringLiteral("Default"));
+    EXPECT_EQ(note->value("modelName").toString(), QStringLiteral("Lexicorn card"));
+    EXPECT_EQ(note->value("id"), QJsonValue(1700000000123.0));
+    EXPECT_EQ(note->value("tags").toArray(), QJsonArray{"Lexicorn"});
+    EXPECT_EQ(note->value("options").toObject(), (QJsonObject{{"allowDuplicate", false}, {"duplicateScope", "deck"}}));
+
+    const QJsonObject fields = note->value("fields").toObject();
+    EXPECT_EQ(fields.keys(), (QStringList{"AUDIO", "DEFINITION", "DEFINITIONS", "EXPRESSION", "EXTRAINFO", "READING", "SENTENCE", "URL"}));
+    EXPECT_EQ(fields.value("EXPRESSION").toString(), QStringLiteral("took"));
+    EXPECT_EQ(fields.value("SENTENCE").toString(), QStringLiteral("She <b>took</b> the chair &amp; left."));
+    EXPECT_EQ(fields.value("READING").toString(), QStringLiteral("teɪk"));
+    EXPECT_EQ(fields.value("EXTRAINFO").toString(), QStringLiteral("《Book &lt;1&gt;》<br>她<b>拿</b>了。<br><div>extra</div>"));
+    EXPECT_EQ(fields.value("URL").toString(), QStringLiteral("laiskemprabapp://note/N-1"));
+    EXPECT_EQ(fields.value("AUDIO").toString(), QStringLiteral("[sound:MN3_LW_take_us.mp3]"));
+    EXPECT_EQ(fields.value("DEFINITIONS").toString(),
+              cardStyle
+                  + QStringLiteral("<span class='pos'>verb</span><span class='tran'><span class='eng_tran'>to move sth <b>from</b> one place\u00a0 "
+                                   "</span><span class='chn_tran'>拿走</span></span>"));
+
+    // A card rebuilt from a note brings its sentence with the word in bold
+    // already; nothing else to add leaves the extra information empty.
+    const DictData rebuilt(QStringLiteral("took"), QStringLiteral("She <b>took</b> it & left."), EnWordList{takeEntry()});
+    const CardResult<QJsonObject> plain = wordDictForAnki(rebuilt, QStringLiteral("took"), {}, {0, 0}, {}, std::nullopt, std::nullopt);
+    ASSERT_TRUE(plain);
+    const QJsonObject plainFields = plain->value("fields").toObject();
+    EXPECT_EQ(plainFields.value("SENTENCE").toString(), QStringLiteral("She <b>took</b> it &amp; left."));
+    EXPECT_EQ(plainFields.value("EXTRAINFO").toString(), QString());
+    EXPECT_EQ(plainFields.value("URL").toString(), QString());
+    EXPECT_FALSE(plain->contains("id"));
+}
+
+TEST_F(AnkiFields, SettingsAndIndexDecideTheNoteOrTheError)
+{
+    const char* deck = "Default";
+    const char* type = "Lexicorn card";
+    const char* sectionError = "索引 section 超出范围";
+    const char* sectionLog = "🌀🌀🌀 section 超出范围！";
+    struct Case {
+        const char* name;
+        const char* deck;
+        const char* type;
+        const char* duplicate;  // nullptr: not set
+        IndexPath path;
+        const char* error;      // nullptr: a note
+        const char* log;
+        bool allowDuplicate;
+    };
+    const Case cases[] = {
+        {"duplicates allowed", deck, type, "YES", {0, 0}, nullptr, nullptr, true},
+        {"lower-case yes", deck, type, "yes", {0, 0}, nullptr, nullptr, false},
+        {"YES with a blank", deck, type, "YES ", {0, 0}, nullptr, nullptr, false},
+        {"not set", deck, type, nullptr, {0, 0}, nullptr, nullptr, false},
+        {"no deck", "", type, nullptr, {0, 0}, "未设置正确的 Deck、Type 名称！", nullptr, false},
+        {"no note type", deck, "", nullptr, {0, 0}, "未设置正确的 Deck、Type 名称！", nullptr, false},
+        {"section past the end", deck, type, nullptr, {1, 0}, sectionError, sectionLog, false},
+        {"negative section", deck, type, nullptr, {-1, 0}, sectionError, sectionLog, false},
+        {"item past the end", deck, type, nullptr, {0, 1}, "索引 item 超出范围", "🌀🌀🌀 item 超出范围！", false},
+        {"item and deck both wrong: the index first", "", type, nullptr, {0, 1}, "索引 item 超出范围", "🌀🌀🌀 item 超出范围！", false},
+    };
+
+    UserDefaults& defaults = UserDefaults::standard();
+    for (const Case& c : cases) {
+        defaults.set(ankiset::deckName, QString::fromUtf8(c.deck));
+        defaults.set(ankiset::typeName, QString::fromUtf8(c.type));
+        if (c.duplicate)
+            defaults.set(ankiset::duplicate, QString::fromUtf8(c.duplicate));
+        else
+            defaults.remove(ankiset::duplicate);
+        const int requestsBefore = echo_.requests();
+
+        ::testing::internal::CaptureStderr();
+        const CardResult<QJsonObject> note = fields(take_, c.path);
+        const QString log = QString::fromStdString(::testing::internal::GetCapturedStderr());
+
+        if (!c.error) {
+            ASSERT_TRUE(note) << c.name << ": " << note.error().message().toStdString();
+            EXPECT_EQ(note->value("options").toObject().value("allowDuplicate").toBool(), c.allowDuplicate) << c.name;
+            continue;
+        }
+        ASSERT_FALSE(note) << c.name;
+        EXPECT_EQ(note.error().domain, QStringLiteral("com.ksw.hookNM")) << c.name;
+        EXPECT_EQ(note.error().code, 10000) << c.name;
+        EXPECT_EQ(note.error().message(), QString::fromUtf8(c.error)) << c.name;
+        if (c.log) {
+            EXPECT_TRUE(log.contains(QString::fromUtf8(c.log))) << c.name << "\n" << log.toStdString();
+        }
+        // A card that cannot be made sends nothing to Anki.
+        EXPECT_EQ(echo_.requests(), requestsBefore) << c.name;
+    }
+}
+
+TEST_F(AnkiFields, FieldNamesDecideWhereEachItemGoes)
+{
+    UserDefaults& defaults = UserDefaults::standard();
+    for (const QString& item : testing::contentItems)
+        defaults.remove(QStringLiteral("ANKISET_") + item);
+    // With no names every item goes under the empty name and the last one, the sound, stays.
+    CardResult<QJsonObject> note = fields(take_);
+    ASSERT_TRUE(note);
+    EXPECT_EQ(note->value("fields").toObject(), (QJsonObject{{"", "[sound:MN3_LW_take_us.mp3]"}}));
+
+    // Two items under one name: the later one in the fixed order wins.
+    defaults.set(ankiset::expression, QStringLiteral("Front"));
+    defaults.set(ankiset::audio, QStringLiteral("Front"));
+    defaults.set(ankiset::reading, QStringLiteral("Back"));
+    defaults.set(ankiset::sentence, QStringLiteral("Back"));
+    defaults.set(ankiset::definitions, QStringLiteral("Extra"));
+    defaults.set(ankiset::url, QStringLiteral("Extra"));
+    defaults.set(ankiset::extraInfo, QStringLiteral("Info"));
+    note = fields(take_);
+    ASSERT_TRUE(note);
+    EXPECT_EQ(note->value("fields").toObject(),
+              (QJsonObject{{"Front", "[sound:MN3_LW_take_us.mp3]"},
+                           {"Back", "teɪk"},
+                           {"Extra", "laiskemprabapp://note/N-1"},
+                           {"Info", "《Book &lt;1&gt;》<br>她<b>拿</b>了。<br><div>extra</div>"},
+                           {"", note->value("fields").toObject().value("").toString()}}));
+    EXPECT_TRUE(note->value("fields").toObject().value("").toString().startsWith(QStringLiteral("<span class='star'>")));
+}
+
+TEST_F(AnkiFields, SensesWithoutExamplesOrGrammar)
+{
+    EnWordPtr entry = takeEntry();
+    entry->defs.front()->exts.clear();
+    entry->defs.front()->gram.clear();
+    const DictData data(QStringLiteral("take"), {}, EnWordList{entry});
+    const CardResult<QJsonObject> note = fields(data);
+    ASSERT_TRUE(note);
+    const QString html = note->value("fields").toObject().value("DEFINITION").toString();
+    EXPECT_FALSE(html.contains(QStringLiteral("<ul"))) << html.toStdString();
+    EXPECT_FALSE(html.contains(QStringLiteral("<li"))) << html.toStdString();
+    EXPECT_TRUE(html.contains(QStringLiteral("<span class='gram'></span>"))) << html.toStdString();
+    EXPECT_TRUE(html.endsWith(QStringLiteral("<span class='chn_tran'>拿走</span></span>"))) << html.toStdString();
+}
+
+TEST_F(AnkiFields, NoDictionaryOrPageTextBecomesLiveHtml)
+{
+    const QString evil = QStringLiteral("<script>alert(\"x\")</script><img src=x onerror='y'>");
+    auto sense = std::make_shared<EnWordDef>();
+    sense->subTitle = sense->signpos_en = sense->signpos_cn = sense->gram = sense->def_en = sense->def_cn = evil;
+    sense->exts = {example(evil, evil, evil)};
+    auto entry = std::make_shared<EnWord>(evil, EnWordDefList{sense});
+    entry->star = entry->readings = entry->pos_en = entry->amePron = evil;
+    const DictData data(evil, evil + QStringLiteral(" and more"), EnWordList{entry});
+
+    const CardResult<QJsonObject> note = wordDictForAnki(data, evil, evil, {0, 0}, evil, std::nullopt, std::nullopt, evil);
+    ASSERT_TRUE(note) << note.error().message().toStdString();
+    const QJsonObject fields = note->value("fields").toObject();
+    ASSERT_EQ(fields.size(), testing::contentItems.size());
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        const QString value = field.value().toString();
+        EXPECT_FALSE(value.contains(QStringLiteral("<script"), Qt::CaseInsensitive)) << field.key().toStdString() << ": " << value.toStdString();
+        EXPECT_FALSE(value.contains(QStringLiteral("<img"), Qt::CaseInsensitive)) << field.key().toStdString() << ": " << value.toStdString();
+        EXPECT_FALSE(value.contains(QStringLiteral("onerror='"))) << field.key().toStdString() << ": " << value.toStdString();
+    }
+    EXPECT_TRUE(fields.value("EXPRESSION").toString().startsWith(QStringLiteral("&lt;script&gt;alert(&quot;x&quot;)")));
+}
+
+TEST_F(AnkiFields, UploadsStopOnceAnkiHasNotAnswered)
+{
+    // Anki away: the word's sound is tried once (three attempts), the two
+    // examples' sounds are not tried at all, and the note is still made.
+    KSWAnkiconnect::shareInstance().setIpString_(QStringLiteral("127.0.0.1:%1").arg(testing::closedPort()));
+    ::testing::internal::CaptureStderr();
+    const CardResult<QJsonObject> note = fields(take_);
+    const QString log = QString::fromStdString(::testing::internal::GetCapturedStderr());
+    ASSERT_TRUE(note);
+    EXPECT_EQ(log.count(QStringLiteral("AnkiConnect error")), 3) << log.toStdString();
+    EXPECT_EQ(note->value("fields").toObject().value("AUDIO").toString(), QStringLiteral("[sound:MN3_LW_take_us.mp3]"));
+}
+
+// The name a sound tag gives, and that the files are in Anki's media folder.
+QString taggedFile(const QString& html, qsizetype which = 0)
+{
+    QRegularExpressionMatchIterator tags = QRegularExpression(QStringLiteral("\\[sound:([^\\]]+)\\]")).globalMatch(html);
+    QString name;
+    for (qsizetype k = 0; k <= which && tags.hasNext(); ++k)
+        name = tags.next().captured(1);
+    return name;
+}
+
+QString sentenceKey(const QString& sentence)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(sentence.toUtf8(), QCryptographicHash::Sha1).toHex().left(12));
+}
+
+TEST_F(AnkiFields, SoundFilesReachAnkisMediaFolder)
+{
+    AnkiCollection anki(home_);
+    ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
+    testing::ServerProcess voice(QStringLiteral("python3"), {QStringLiteral(LEXICORN_TESTS_DIR "/services/voice_server.py")});
+    ASSERT_TRUE(voice.started());
+    setVoiceHost(voice.address());
+
+    struct Case {
+        const char* name;
+        const char* word;
+        const char* amePron;
+        const char* speaker;      // of the one example
+        const char* wordFile;     // as asked for; Anki may change the case
+        QByteArray wordBytes;     // empty: a WAV file from the offline voice
+        QString exampleFile;
+        QByteArray exampleBytes;
+    };
+    const QString spoken = QStringLiteral("She took it.");
+    const Case cases[] = {
+        {"voice service", "took", "", "", "MN3_YD_took_1.mp3", "ID3 fake mp3 for took",
+         QStringLiteral("MN3_YD_ex_%1_1.mp3").arg(sentenceKey(spoken)), "ID3 fake mp3 for She%20took%20it."},
+        {"local files", "took", "sound://take_us.mp3", "take_ex1.mp3", "MN3_LW_take_us.mp3", "take, American",
+         QStringLiteral("MN3_LW_take_ex1.mp3"), "first example"},
+        {"local file in a sub-folder", "took", "", "sound://ex/take_2.mp3", "MN3_YD_took_1.mp3", "ID3 fake mp3 for took",
+         QStringLiteral("MN3_LW_ex_take_2.mp3"), "second example"},
+        // The stand-in service has no file for "missing": the offline voice speaks it.
+        {"no voice file", "missing", "sound://no_such.mp3", "no_such.mp3", "MN3_LW_missing.wav", {},
+         QStringLiteral("MN3_YD_ex_%1_1.mp3").arg(sentenceKey(spoken)), "ID3 fake mp3 for She%20took%20it."},
+    };
+    for (const Case& c : cases) {
+        EnWordPtr entry = takeEntry();
+        entry->amePron = QString::fromUtf8(c.amePron);
+        entry->defs.front()->exts = {example(QStringLiteral("She took <b>it</b>."), QStringLiteral("她拿了。"), QString::fromUtf8(c.speaker))};
+        const DictData data(QString::fromUtf8(c.word), {}, EnWordList{entry});
+        const CardResult<QJsonObject> note = wordDictForAnki(data, QString::fromUtf8(c.word), {}, {0, 0}, {}, std::nullopt, std::nullopt);
+        ASSERT_TRUE(note) << c.name;
+        const QJsonObject fields = note->value("fields").toObject();
+
+        const QString wordFile = taggedFile(fields.value("AUDIO").toString());
+        EXPECT_EQ(wordFile.toLower(), QString::fromUtf8(c.wordFile).toLower()) << c.name;
+        EXPECT_TRUE(anki.mediaNames().contains(wordFile)) << c.name << ": " << wordFile.toStdString();
+        const QByteArray wordBytes = anki.mediaFile(wordFile);
+        if (c.wordBytes.isEmpty())
+            EXPECT_TRUE(wordBytes.startsWith("RIFF")) << c.name;
+        else
+            EXPECT_EQ(wordBytes, c.wordBytes) << c.name;
+
+        const QString exampleFile = taggedFile(fields.value("DEFINITION").toString());
+        EXPECT_EQ(exampleFile.toLower(), c.exampleFile.toLower()) << c.name;
+        EXPECT_EQ(anki.mediaFile(exampleFile), c.exampleBytes) << c.name;
+    }
+}
+
+}  // namespace
+}  // namespace lexicorn

@@ -1,0 +1,113 @@
+// Every sense of both sample dictionaries, written into a note as the popup
+// writes it and read back: the card must come back as the dictionary has it.
+
+#include "card_fixtures.h"
+
+#include "lexicorn/dictionary/en_word_server.h"
+#include "lexicorn/render/dict_data_rows.h"
+#include "lexicorn/render/note_format.h"
+#include "lexicorn/render/note_writer.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+// Blanks (tabs and space characters) around a field do not survive the note:
+// the reader trims them. The sample data has none; a dictionary may.
+QString trimmed(const QString& text)
+{
+    qsizetype start = 0;
+    qsizetype end = text.size();
+    const auto blank = [](QChar c) { return c == u'\t' || c.category() == QChar::Separator_Space; };
+    while (start < end && blank(text[start]))
+        ++start;
+    while (end > start && blank(text[end - 1]))
+        --end;
+    return text.mid(start, end - start);
+}
+
+class CardRoundTrip : public testing::CardHome, public ::testing::WithParamInterface<int> {};
+
+TEST_P(CardRoundTrip, EverySenseComesBackAsTheDictionaryHasIt)
+{
+    const int dictionary = GetParam();
+    testing::loadSampleDictionary(dictionary);
+    EnWordServer& server = EnWordServer::shared();
+
+    // Every headword, and every word form (looked up, it differs from the
+    // headword, so the title carries both).
+    QStringList words = QJsonDocument::fromJson(testing::sampleFile(dictionary == 0 ? "LDOCE5_html.json" : "collins.json")).object().keys();
+    words += QJsonDocument::fromJson(testing::sampleFile("wordforms.json")).object().keys();
+
+    int senses = 0;
+    int twoWordTitles = 0;
+    for (const QString& word : words) {
+        const QString sentence = QStringLiteral("«%1»").arg(word);
+        DictDataPtr lookup = server.query(word, sentence);
+        // The popup's rows may fill in an entry's readings; the note is
+        // written from the rows, so compare with the entries as shown.
+        const StyledSections rows = attrStrings(*lookup);
+        int section = 0;
+        for (const EnWordPtr& entry : lookup->enWords()) {
+            if (entry->defs.empty())
+                continue;
+            ++section;
+            for (std::size_t row = 0; row < entry->defs.size(); ++row) {
+                const EnWordDef& sense = *entry->defs[row];
+                const std::string where = QStringLiteral("%1 (%2) %3-%4").arg(word, entry->title).arg(section).arg(row).toStdString();
+                const std::optional<NoteRecord> note = makeDictNote(*lookup, section, int(row), QStringLiteral("译文"));
+                ASSERT_TRUE(note) << where;
+                const CardResult<ParsedCard> card = parseDictNote(JsonDictNote(*note));
+                ASSERT_TRUE(card) << where << "\n" << card.error().message().toStdString();
+                ++senses;
+                twoWordTitles += card->word != card->headword;
+
+                EXPECT_EQ(card->word, word) << where;
+                EXPECT_EQ(card->headword, entry->title) << where;
+                EXPECT_EQ(card->section, section) << where;
+                EXPECT_EQ(card->item, int(row)) << where;
+                EXPECT_EQ(card->readings, trimmed(entry->readings)) << where;
+                EXPECT_EQ(card->star, trimmed(entry->star)) << where;
+                EXPECT_EQ(card->pos, trimmed(entry->pos_en)) << where;
+                EXPECT_EQ(card->sentenceCN, QStringLiteral("译文")) << where;
+                EXPECT_EQ(card->quoteSentence, QStringLiteral("«<b>%1</b>»").arg(word)) << where;
+                EXPECT_EQ(card->sense->subTitle, trimmed(sense.subTitle)) << where;
+                EXPECT_EQ(card->sense->signpos_en, trimmed(sense.signpos_en)) << where;
+                EXPECT_EQ(card->sense->signpos_cn, trimmed(sense.signpos_cn)) << where;
+                EXPECT_EQ(card->sense->gram, trimmed(sense.gram)) << where;
+                EXPECT_EQ(card->sense->def_en, trimmed(sense.def_en)) << where;
+                EXPECT_EQ(card->sense->def_cn, trimmed(sense.def_cn)) << where;
+                // The popup shows, and so the note holds, the first two examples.
+                const std::size_t shown = std::min<std::size_t>(sense.exts.size(), shownExamplesPerSense);
+                ASSERT_EQ(card->sense->exts.size(), shown) << where;
+                for (std::size_t k = 0; k < shown; ++k) {
+                    EXPECT_EQ(card->sense->exts[k]->en, trimmed(sense.exts[k]->en)) << where;
+                    EXPECT_EQ(card->sense->exts[k]->cn, trimmed(sense.exts[k]->cn)) << where;
+                }
+                EXPECT_FALSE(card->appendHtml) << where;
+
+                // The card finds its own sense again in the dictionary.
+                const std::optional<CardSense> found = lookUpCardSense(*card, server);
+                ASSERT_TRUE(found) << where;
+                EXPECT_EQ(found->sense->def_en, sense.def_en) << where;
+                EXPECT_EQ(found->sense->def_cn, sense.def_cn) << where;
+                EXPECT_EQ(found->entry->amePron, entry->amePron) << where;
+            }
+        }
+    }
+    // Both dictionaries have a few hundred senses; word forms give two-word titles.
+    EXPECT_GT(senses, 500);
+    EXPECT_GT(twoWordTitles, 300);
+    std::printf("%d senses, %d with the word and its headword in the title\n", senses, twoWordTitles);
+}
+
+INSTANTIATE_TEST_SUITE_P(SampleDictionaries, CardRoundTrip, ::testing::Values(0, 1), [](const auto& info) {
+    return std::string(info.param == 0 ? "LDOCE5" : "collins");
+});
+
+}  // namespace
+}  // namespace lexicorn

@@ -1,0 +1,198 @@
+#include "styled_pieces.h"
+
+#include "lexicorn/render/styled_text.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace lexicorn {
+namespace {
+
+using testing::describe;
+using testing::Pieces;
+
+TextAttributes red()
+{
+    TextAttributes attributes;
+    attributes.foreground = Rgba{255, 0, 0};
+    return attributes;
+}
+
+TextAttributes big()
+{
+    TextAttributes attributes;
+    attributes.fontSize = 18;
+    return attributes;
+}
+
+TextAttributes redBig()
+{
+    TextAttributes attributes = red();
+    attributes.fontSize = 18;
+    return attributes;
+}
+
+TextAttributes grey()
+{
+    TextAttributes attributes;
+    attributes.background = Rgba{55, 55, 55};
+    return attributes;
+}
+
+TextAttributes redOnGrey()
+{
+    TextAttributes attributes = red();
+    attributes.background = Rgba{55, 55, 55};
+    return attributes;
+}
+
+// "ab" red, "cd" unstyled, "ef" big: three stretches to cut into.
+StyledText threeStretches()
+{
+    StyledText text;
+    text.append(QStringLiteral("ab"), red());
+    text.append(QStringLiteral("cd"));
+    text.append(QStringLiteral("ef"), big());
+    return text;
+}
+
+TEST(StyledText, EditsKeepEachUnitsAttributes)
+{
+    struct Case {
+        const char* name;
+        std::function<StyledText()> make;
+        Pieces expected;
+    };
+    const Case cases[] = {
+        {"equal neighbours make one run",
+         [] {
+             StyledText text;
+             text.append(QStringLiteral("ab"), red());
+             text.append(QStringLiteral("cd"), red());
+             text.append(QString(), big());
+             return text;
+         },
+         {{"abcd", red()}}},
+        {"appending styled text joins at the seam",
+         [] {
+             StyledText text(QStringLiteral("ab"), red());
+             StyledText tail(QStringLiteral("cd"), red());
+             tail.append(QStringLiteral("ef"));
+             text.append(tail);
+             return text;
+         },
+         {{"abcd", red()}, {"ef", {}}}},
+        {"attributes added inside one run split it in three",
+         [] {
+             StyledText text(QStringLiteral("There is a cat."), big());
+             text.addAttributes(9, 1, red());
+             return text;
+         },
+         {{"There is ", big()}, {"a", redBig()}, {" cat.", big()}}},
+        {"attributes added across runs keep what each run had",
+         [] {
+             StyledText text = threeStretches();
+             text.addAttributes(1, 4, grey());
+             return text;
+         },
+         {{"a", red()}, {"b", redOnGrey()}, {"cd", grey()}, {"e", [] { TextAttributes a = big(); a.background = Rgba{55, 55, 55}; return a; }()}, {"f", big()}}},
+        {"an added colour replaces the old one",
+         [] {
+             StyledText text(QStringLiteral("abc"), grey());
+             text.addAttributes(0, 3, red());
+             text.addAttributes(0, 3, TextAttributes{Rgba{0, 0, 255}, {}, {}, false, {}, false});
+             return text;
+         },
+         {{"abc", TextAttributes{Rgba{0, 0, 255}, {}, {}, false, Rgba{55, 55, 55}, false}}}},
+        {"a range past the end is cut at the end",
+         [] {
+             StyledText text(QStringLiteral("abc"));
+             text.addAttributes(2, 50, red());
+             text.addAttributes(-3, 4, big());
+             return text;
+         },
+         {{"a", big()}, {"b", {}}, {"c", red()}}},
+        {"a deletion inside a run shortens it and shifts the rest",
+         [] {
+             StyledText text = threeStretches();
+             text.replace(2, 1, StyledText());
+             return text;
+         },
+         {{"ab", red()}, {"d", {}}, {"ef", big()}}},
+        {"deleting what stood between equal runs joins them",
+         [] {
+             StyledText text(QStringLiteral("ab"), red());
+             text.append(QStringLiteral("<b>"));
+             text.append(QStringLiteral("cd"), red());
+             text.replace(2, 3, StyledText());
+             return text;
+         },
+         {{"abcd", red()}}},
+        {"a styled replacement across runs takes the place of both ends",
+         [] {
+             StyledText text = threeStretches();
+             text.replace(1, 4, StyledText(QStringLiteral("XYZ"), grey()));
+             return text;
+         },
+         {{"a", red()}, {"XYZ", grey()}, {"f", big()}}},
+        {"an insertion at a run boundary splits nothing",
+         [] {
+             StyledText text = threeStretches();
+             text.replace(4, 0, StyledText(QStringLiteral("+"), red()));
+             return text;
+         },
+         {{"ab", red()}, {"cd", {}}, {"+", red()}, {"ef", big()}}},
+        {"mid keeps the parts of the runs inside it",
+         [] { return threeStretches().mid(1, 4); },
+         {{"b", red()}, {"cd", {}}, {"e", big()}}},
+        {"mid past the end stops at the end",
+         [] { return threeStretches().mid(5, 10); },
+         {{"f", big()}}},
+    };
+    for (const Case& c : cases) {
+        const StyledText text = c.make();
+        EXPECT_EQ(describe(text), describe(c.expected)) << c.name;
+        // Runs are in order, never empty, never unstyled, and inside the text.
+        qsizetype end = 0;
+        for (const StyledText::Run& run : text.runs()) {
+            EXPECT_GE(run.start, end) << c.name;
+            EXPECT_GT(run.length, 0) << c.name;
+            EXPECT_FALSE(run.attributes.isEmpty()) << c.name;
+            end = run.start + run.length;
+        }
+        EXPECT_LE(end, text.length()) << c.name;
+    }
+}
+
+TEST(StyledText, AttributesAtEachPosition)
+{
+    const StyledText text = threeStretches();
+    const struct {
+        qsizetype index;
+        TextAttributes expected;
+    } cases[] = {{-1, {}}, {0, red()}, {1, red()}, {2, {}}, {3, {}}, {4, big()}, {5, big()}, {6, {}}};
+    for (const auto& c : cases)
+        EXPECT_EQ(describe(text.attributesAt(c.index)), describe(c.expected)) << "index " << c.index;
+}
+
+TEST(StyledText, EqualityComparesTextAndEveryUnitsAttributes)
+{
+    StyledText piecewise(QStringLiteral("ab"), red());
+    piecewise.append(QStringLiteral("c"), red());
+    const struct {
+        const char* name;
+        StyledText other;
+        bool equal;
+    } cases[] = {
+        {"same text and runs built differently", StyledText(QStringLiteral("abc"), red()), true},
+        {"other attributes", StyledText(QStringLiteral("abc"), big()), false},
+        {"unstyled", StyledText(QStringLiteral("abc")), false},
+        {"other text", StyledText(QStringLiteral("abd"), red()), false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(piecewise == c.other, c.equal) << c.name;
+}
+
+}  // namespace
+}  // namespace lexicorn
