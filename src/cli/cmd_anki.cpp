@@ -1,3 +1,4 @@
+#include "cli/anki_address.h"
 #include "cli/commands.h"
 #include "cli/output.h"
 
@@ -36,20 +37,7 @@ int runAnki(Arguments& arguments)
         throw UsageError(QStringLiteral("anki needs one of: version, decks, models, fields MODEL, find QUERY, raw ACTION [PARAMS_JSON]"));
 
     KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
-    // --ip is for this call only; the stored address stays as it was.
-    const QString stored = anki.ipString();
-    struct Restore {
-        KSWAnkiconnect& anki;
-        QString address;
-        bool active;
-        ~Restore()
-        {
-            if (active)
-                anki.setIpString_(address);
-        }
-    } restore{anki, stored, ip.has_value()};
-    if (ip)
-        anki.setIpString_(*ip);
+    const ScopedAnkiAddress address(ip);  // --ip is for this call only
 
     const QString command = words.front();
     KSWAnkiconnect::Reply reply;

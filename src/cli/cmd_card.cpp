@@ -1,6 +1,7 @@
 // lexicorn card: the dictionary note the popup writes for a sense, and the
 // Anki note a dictionary note becomes.
 
+#include "cli/anki_address.h"
 #include "cli/commands.h"
 #include "cli/dict_home.h"
 #include "cli/output.h"
@@ -108,20 +109,7 @@ int fields(Arguments& arguments)
         }
     }
 
-    KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
-    // --ip is for this call only; the stored address stays as it was.
-    struct Restore {
-        KSWAnkiconnect& anki;
-        QString address;
-        bool active;
-        ~Restore()
-        {
-            if (active)
-                anki.setIpString_(address);
-        }
-    } restore{anki, anki.ipString(), ip.has_value()};
-    if (ip)
-        anki.setIpString_(*ip);
+    const ScopedAnkiAddress address(ip);  // --ip is for this call only
 
     const CardResult<QJsonObject> params = makeWith(*note, bookTitle);
     // Alerts are shown from the event loop; here they are logged.

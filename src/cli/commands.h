@@ -14,5 +14,8 @@ int runTranslate(Arguments& arguments);
 int runSay(Arguments& arguments);
 int runRows(Arguments& arguments);
 int runCard(Arguments& arguments);
+int runSentences(Arguments& arguments);
+int runNotebook(Arguments& arguments);
+int runSync(Arguments& arguments);
 
 }  // namespace lexicorn::cli

@@ -36,6 +36,14 @@ commands:
       the dictionary note the popup writes for that row, as JSON
   card fields [--home DIR] [--dict D] [--book-title T] [--ip HOST:PORT] NOTE_JSON_FILE
       the Anki note a dictionary note becomes, as JSON
+  notebook [--home DIR] add NOTE_JSON|list|show ID
+      the reader's notebook: add a note (a file, or - for standard input; prints its id),
+      list the notes (id and title), show one note as JSON
+  sync [--home DIR] [--ip HOST:PORT] [--dict D] [--book-md5 MD5] [IDS...]
+      send the notebook's dictionary cards to Anki (the given notes, else the book's, else all)
+  sentences --pdf FILE --page N [--sections] [--json]
+      the sentences (or sections) of page N of a PDF, N counting from 1; one per line,
+      or with --json each as {"text", "lineEnds", "rects": [[x, y, w, h] per character]}
 
 The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).
 )";
@@ -67,6 +75,9 @@ int main(int argc, char* argv[])
         {QStringLiteral("say"), runSay},
         {QStringLiteral("rows"), runRows},
         {QStringLiteral("card"), runCard},
+        {QStringLiteral("sentences"), runSentences},
+        {QStringLiteral("notebook"), runNotebook},
+        {QStringLiteral("sync"), runSync},
     };
     const QString name = words.takeFirst();
     const auto command = commands.find(name);

@@ -1,0 +1,120 @@
+#include "host/pdf/pdf_objc_api.h"
+
+#include <QHash>
+
+#include <poppler-qt6.h>
+
+#include <algorithm>
+
+namespace lexicorn::host {
+
+namespace {
+
+QHash<std::int64_t, PdfObjCAPI*>& openDocuments()
+{
+    static QHash<std::int64_t, PdfObjCAPI*> documents;
+    return documents;
+}
+
+std::int64_t nextViewHandle()
+{
+    static std::int64_t last = 0;
+    return ++last;
+}
+
+// Whether two word boxes sit on one text row: they overlap vertically by at
+// least half the smaller height, and the second does not start left of the
+// first. Poppler now and then splits one printed line into two of its lines
+// (a wide gap, a change of font); these are joined again.
+bool onSameRow(const QRectF& first, const QRectF& second)
+{
+    const double overlap = std::min(first.bottom(), second.bottom()) - std::max(first.top(), second.top());
+    const double smaller = std::min(first.height(), second.height());
+    return smaller > 0 && overlap >= smaller / 2 && second.left() >= first.right() - smaller / 2;
+}
+
+// Appends the characters of one word, one record per UTF-16 unit. Poppler
+// gives one box per code point, so both halves of a surrogate pair share it.
+void appendWord(const Poppler::TextBox& word, CharLine& line)
+{
+    const QString text = word.text();
+    int box = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        QRectF rect = word.charBoundingBox(box);
+        if (rect.isNull())
+            rect = word.boundingBox();
+        line.push_back(CharRecord{char16_t(text[i].unicode()), rect});
+        if (!(text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()))
+            ++box;
+    }
+}
+
+}  // namespace
+
+PdfObjCAPI::PdfObjCAPI(const QString& pdfPath)
+    : document_(Poppler::Document::load(pdfPath)), viewHandle_(nextViewHandle())
+{
+    if (document_ && document_->isLocked())
+        document_.reset();
+    openDocuments().insert(viewHandle_, this);
+}
+
+PdfObjCAPI::~PdfObjCAPI()
+{
+    openDocuments().remove(viewHandle_);
+}
+
+PdfObjCAPI* PdfObjCAPI::withViewHandle(std::int64_t viewHandle)
+{
+    return openDocuments().value(viewHandle, nullptr);
+}
+
+int PdfObjCAPI::pageCount() const
+{
+    return document_ ? document_->numPages() : 0;
+}
+
+PageLines PdfObjCAPI::textContentsForPageNo_(int pageNo) const
+{
+    if (!document_ || pageNo < 1 || pageNo > document_->numPages())
+        return {};
+    const std::unique_ptr<Poppler::Page> page = document_->page(pageNo - 1);
+    if (!page)
+        return {};
+    const std::vector<std::unique_ptr<Poppler::TextBox>> words = page->textList();
+
+    PageLines lines;
+    CharLine line;
+    const Poppler::TextBox* previous = nullptr;
+    for (const std::unique_ptr<Poppler::TextBox>& word : words) {
+        if (word->text().isEmpty())
+            continue;
+        if (previous) {
+            const QRectF before = previous->boundingBox();
+            const QRectF here = word->boundingBox();
+            const bool chained = previous->nextWord() == word.get();
+            const bool sameRow = !chained && onSameRow(before, here);
+            if (chained || sameRow) {
+                // Poppler says whether a space follows a word of its line; a
+                // word joined by position is apart when a visible gap is left.
+                const bool spaced = previous->hasSpaceAfter()
+                    || (sameRow && here.left() - before.right() > std::min(before.height(), here.height()) * 0.1);
+                if (spaced) {
+                    const QRectF blank(before.right(), before.top(), std::max(0.0, here.left() - before.right()),
+                                       before.height());
+                    line.push_back(CharRecord{u' ', blank});
+                }
+            } else {
+                lines.push_back(std::move(line));
+                line = CharLine();
+            }
+        }
+        appendWord(*word, line);
+        previous = word.get();
+    }
+    if (!line.empty())
+        lines.push_back(std::move(line));
+    return lines;
+}
+
+}  // namespace lexicorn::host

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "lexicorn/reader/char_record.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+namespace Poppler {
+class Document;
+}
+
+namespace lexicorn::host {
+
+// An opened PDF document and its page text. Each object gets a view handle,
+// a number that stands for the opened document; the object can be found
+// again by it while it lives. Main thread only.
+class PdfObjCAPI {
+public:
+    explicit PdfObjCAPI(const QString& pdfPath);
+    ~PdfObjCAPI();
+    PdfObjCAPI(const PdfObjCAPI&) = delete;
+    PdfObjCAPI& operator=(const PdfObjCAPI&) = delete;
+
+    // The open document with this view handle, or null.
+    static PdfObjCAPI* withViewHandle(std::int64_t viewHandle);
+
+    std::int64_t viewHandle() const { return viewHandle_; }
+    // False when the file could not be read as an unlocked PDF.
+    bool isOpen() const { return document_ != nullptr; }
+    int pageCount() const;
+
+    // The text of page pageNo (counted from 1) as lines of character records
+    // in reading order, one record per UTF-16 unit, with a blank record
+    // between the words of a line. Empty for a page without text and for a
+    // page number outside the document.
+    PageLines textContentsForPageNo_(int pageNo) const;
+
+private:
+    std::unique_ptr<Poppler::Document> document_;
+    std::int64_t viewHandle_;
+};
+
+}  // namespace lexicorn::host

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QRectF>
+
+#include <vector>
+
+namespace lexicorn {
+
+// One UTF-16 unit of a page's text with its rectangle on the page, in points.
+// The reader's page text gives these per line; the sentence cutter copies
+// them and sets the two flags on the copies.
+struct CharRecord {
+    char16_t ch = 0;
+    QRectF rect;
+    bool lineEnd = false;     // last character of a text line, or of a sentence
+    bool sectionEnd = false;  // last character of a sentence that closes a section
+};
+
+using CharLine = std::vector<CharRecord>;     // one text line, left to right
+using PageLines = std::vector<CharLine>;      // a page's lines in reading order
+using Sentence = std::vector<CharRecord>;     // also used for a section
+using Sentences = std::vector<Sentence>;
+
+}  // namespace lexicorn

@@ -1,0 +1,42 @@
+#pragma once
+
+// Made-up page text for the sentence cutter: lines of evenly spaced
+// characters with chosen positions, so gaps and right edges are known.
+
+#include "lexicorn/reader/char_record.h"
+
+#include <QString>
+
+#include <initializer_list>
+#include <ostream>
+
+// Readable QStrings in test failure messages.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace lexicorn::testing {
+
+constexpr double lineLeft = 50.0;
+constexpr double fullRight = 450.0;   // right edge of a full line
+constexpr double lineHeight = 12.0;
+constexpr double linePitch = 15.0;    // top to top; leaves a 3-point gap
+
+struct LineSpec {
+    QString text;
+    double top;
+    double right = fullRight;
+    double height = lineHeight;
+};
+
+// One line whose characters share the width from lineLeft to right.
+CharLine makeLine(const LineSpec& spec);
+PageLines makePage(std::initializer_list<LineSpec> specs);
+// Full-width lines, one pitch apart.
+PageLines regularPage(std::initializer_list<QString> texts);
+
+QString textOf(const Sentence& sentence);
+QStringList textsOf(const Sentences& sentences);
+
+}  // namespace lexicorn::testing
