@@ -4,21 +4,21 @@
 
 namespace lexicorn::testing {
 
-CharLine makeLine(const LineSpec& spec)
+CharLine makeLine(const PlannedLine& plan)
 {
     CharLine line;
-    const double width = (spec.right - lineLeft) / double(spec.text.size());
-    for (qsizetype i = 0; i < spec.text.size(); ++i)
-        line.push_back(CharRecord{char16_t(spec.text[i].unicode()),
-                                  QRectF(lineLeft + double(i) * width, spec.top, width, spec.height)});
+    const double width = (plan.right - lineLeft) / double(plan.text.size());
+    for (qsizetype i = 0; i < plan.text.size(); ++i)
+        line.push_back(CharRecord{char16_t(plan.text[i].unicode()),
+                                  QRectF(lineLeft + double(i) * width, plan.top, width, plan.height)});
     return line;
 }
 
-PageLines makePage(std::initializer_list<LineSpec> specs)
+PageLines makePage(std::initializer_list<PlannedLine> plans)
 {
     PageLines page;
-    for (const LineSpec& spec : specs)
-        page.push_back(makeLine(spec));
+    for (const PlannedLine& plan : plans)
+        page.push_back(makeLine(plan));
     return page;
 }
 

@@ -23,7 +23,7 @@ constexpr double fullRight = 450.0;   // right edge of a full line
 constexpr double lineHeight = 12.0;
 constexpr double linePitch = 15.0;    // top to top; leaves a 3-point gap
 
-struct LineSpec {
+struct PlannedLine {
     QString text;
     double top;
     double right = fullRight;
@@ -31,8 +31,8 @@ struct LineSpec {
 };
 
 // One line whose characters share the width from lineLeft to right.
-CharLine makeLine(const LineSpec& spec);
-PageLines makePage(std::initializer_list<LineSpec> specs);
+CharLine makeLine(const PlannedLine& plan);
+PageLines makePage(std::initializer_list<PlannedLine> plans);
 // Full-width lines, one pitch apart.
 PageLines regularPage(std::initializer_list<QString> texts);
 

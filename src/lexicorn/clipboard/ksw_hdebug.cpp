@@ -1,5 +1,8 @@
 #include "lexicorn/clipboard/ksw_hdebug.h"
 
+#include "foundation/alerts.h"
+#include "foundation/user_defaults.h"
+
 #include "lexicorn/clipboard/clipboard.h"
 
 #include <QPointer>
@@ -21,6 +24,19 @@ void KSWHDebug::pasteboardChangedListen_(QObject* controller, std::function<void
 void KSWHDebug::pasteboardChangedStop_(QObject*)
 {
     Clipboard::shared().stopListening();
+}
+
+void KSWHDebug::exemption()
+{
+    static const QString key = QStringLiteral("KSW_EXEMPTION_3.7.5");
+    if (UserDefaults::standard().boolean(key))
+        return;
+    presentAlert(QStringLiteral("⚠️ 免责声明"),
+                 QStringLiteral("1. Lexicorn 为免费分享的插件, 仅供测试学习使用!\n"
+                                "2. 本插件未直接修改数据库, 理论上是安全的. 但为保险起见, 使用前还请备份数据!. \n"
+                                "3. 对与任何潜在损坏或数据丢失，插件开发者概不负责。请您自己承担使用风险。"),
+                 QStringLiteral("OK"));
+    UserDefaults::standard().set(key, true);
 }
 
 }  // namespace lexicorn

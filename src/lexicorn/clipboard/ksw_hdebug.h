@@ -8,7 +8,7 @@
 namespace lexicorn {
 
 // Connects the shared clipboard watcher to the dictionary controller, so a
-// copied word is looked up.
+// copied word is looked up; and shows the one-time disclaimer.
 class KSWHDebug {
 public:
     // Starts the shared watcher, unless it already runs, with one hook that
@@ -19,6 +19,11 @@ public:
 
     // Stops the shared watcher and drops its hooks.
     static void pasteboardChangedStop_(QObject* controller);
+
+    // Shows the disclaimer once per account: when "KSW_EXEMPTION_3.7.5" is
+    // not yet true, an alert titled "⚠️ 免责声明" with one "OK" button, after
+    // which the key is set.
+    static void exemption();
 
     // Nothing to adjust on this platform.
     static void exemption_iPad() {}

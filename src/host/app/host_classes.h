@@ -1,0 +1,37 @@
+#pragma once
+
+// The host's classes as the object runtime knows them. The host's own code
+// calls every replaceable method through runtime::send, so a plug-in that
+// replaces one changes the real code path; without a plug-in the host's own
+// implementations run.
+
+#include "runtime/runtime.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+namespace lexicorn::host {
+
+// Class names, as the plug-in looks them up.
+inline constexpr const char* rootClassName = "NSObject";
+inline constexpr const char* responderClassName = "UIResponder";
+inline constexpr const char* appDelegateClassName = "AppDelegate";
+
+// The application delegate: launch, heads-up messages, alerts, the title link colour.
+class AppDelegate : public runtime::Object {
+public:
+    explicit AppDelegate(runtime::Class& cls) : Object(cls) {}
+    bool launched = false;
+    QStringList headsUps;  // what showHUD:onView:withDuration: was asked to show
+};
+
+// Registers the host's classes and their own methods with the runtime; safe
+// to call more than once.
+void registerHostClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+// A new application delegate object.
+std::shared_ptr<AppDelegate> makeAppDelegate(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+}  // namespace lexicorn::host

@@ -1,0 +1,7 @@
+#include "lexicorn/hosting/debug_flag.h"
+
+namespace lexicorn {
+
+unsigned char IS_DEBUG = 0;
+
+}  // namespace lexicorn

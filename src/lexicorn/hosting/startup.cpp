@@ -1,0 +1,63 @@
+#include "lexicorn/hosting/startup.h"
+
+#include "lexicorn/hosting/debug_flag.h"
+
+#include "lexicorn/clipboard/ksw_hdebug.h"
+#include "lexicorn/dictionary/en_word_server.h"
+
+#include "foundation/user_defaults.h"
+
+namespace lexicorn {
+
+namespace {
+
+const QString selectedDictKey = QStringLiteral("SPECIAL_SELECTED_DICT");
+
+// The dictionary to load: with IS_DEBUG off the engine's own choice is stored
+// and used, so every launch starts with it; with it on, a stored choice wins.
+int64_t dictionaryToLoad()
+{
+    UserDefaults& defaults = UserDefaults::standard();
+    if (!defaults.contains(selectedDictKey) || !IS_DEBUG) {
+        const int number = EnWordServer::shared().dictTypeNumber();
+        defaults.set(selectedDictKey, number);
+        return number;
+    }
+    return defaults.integer(selectedDictKey);
+}
+
+}  // namespace
+
+runtime::HookSlot& launchSlot()
+{
+    static runtime::HookSlot slot;
+    return slot;
+}
+
+std::weak_ptr<runtime::Object>& applicationDelegate()
+{
+    static std::weak_ptr<runtime::Object> delegate;
+    return delegate;
+}
+
+void startUp(runtime::Object& delegate, const std::string& notification)
+{
+    // Fonts come from the platform's public font call here, so there is no
+    // private font function to look up.
+    UserDefaults::standard().set(QStringLiteral("mindbooks_nomenuonnewhighlight"), false);
+    KSWHDebug::exemption();
+    EnWordServer::shared().setDictTypeWithNumber(dictionaryToLoad());
+
+    runtime::callPrevious<void>(launchSlot(), delegate, "applicationDidFinishLaunching:", notification);
+
+    applicationDelegate() = delegate.weak_from_this();
+    runtime::send<void>(delegate, "setEnableMouse3:", UserDefaults::standard().boolean(QStringLiteral("SPECIAL_ENABLEMOUSE3")));
+    runtime::send<void>(delegate, "setShieldDictCard:", true);
+
+    // The middle-button monitor needs the reader's mouse events; a host that
+    // offers none (this model host) gets none.
+    if (!IS_DEBUG)
+        return;
+}
+
+}  // namespace lexicorn
