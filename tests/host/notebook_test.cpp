@@ -94,7 +94,7 @@ std::vector<RoundTripCase> roundTripCases()
     MbBookNote quotes;
     quotes.setNoteid(QStringLiteral("it's; DROP TABLE notes; --"));
     quotes.setNotetitle(QStringLiteral("'single' \"double\" \\ back % percent ?"));
-    quotes.setHighlight_text(QString(QChar(0x1F600)) + QStringLiteral("\n\r\n") + QChar(0x00A0));
+    quotes.setHighlight_text(QStringLiteral("😀\n\r\n") + QChar(0x00A0));
     quotes.setHighlightStyle(QStringLiteral("'"));
     quotes.setBookMd5(QStringLiteral("?"));
 

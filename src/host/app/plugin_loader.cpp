@@ -2,6 +2,9 @@
 
 #include <QLibrary>
 
+#include <memory>
+#include <vector>
+
 namespace lexicorn::host {
 
 QString pluginPath()
@@ -17,10 +20,13 @@ PluginLoad loadPlugin(const QString& path)
     if (path.isEmpty())
         return result;
     // Never unloaded: its replacements stay installed for the whole process.
-    auto* library = new QLibrary(path);
+    static std::vector<std::unique_ptr<QLibrary>> loaded;
+    auto library = std::make_unique<QLibrary>(path);
     library->setLoadHints(QLibrary::ExportExternalSymbolsHint);
     result.loaded = library->load();
-    if (!result.loaded)
+    if (result.loaded)
+        loaded.push_back(std::move(library));  // a QLibrary going away does not unload its library
+    else
         result.problem = library->errorString();
     return result;
 }
