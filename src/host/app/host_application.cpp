@@ -1,5 +1,7 @@
 #include "host/app/host_application.h"
 
+#include "host/app/note_classes.h"
+
 #include "foundation/log.h"
 
 namespace lexicorn::host {
@@ -8,6 +10,7 @@ HostApplication launchHost(const QString& path)
 {
     HostApplication application;
     registerHostClasses();
+    registerNoteClasses();
     application.plugin = loadPlugin(path);
     if (!application.plugin.problem.isEmpty())
         logLine(QStringLiteral("lexicorn-host: the plug-in %1 did not load: %2").arg(path, application.plugin.problem));

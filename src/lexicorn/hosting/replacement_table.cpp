@@ -2,6 +2,7 @@
 // selector exist is installed; the others are skipped silently, so a host
 // lacking one keeps working without that feature.
 
+#include "lexicorn/hosting/card_methods.h"
 #include "lexicorn/hosting/startup.h"
 
 #include "runtime/hosting.h"
@@ -52,6 +53,8 @@ void installReplacements()
     };
     for (const Replacement& row : rows)
         runtime::_logos_register_hook(row.className, row.selector, row.body, *row.slot, runtime);
+
+    installCardMethods();
 }
 
 // Runs when the library is loaded, before the host calls any replaced method.

@@ -233,7 +233,7 @@ void BatchSync::dictUpdateToAnki(NoteList notes, const QString& bookTitle)
     }
     setIsUpdating(true);
     show(formatCounts(syncmessage::batchStart, {static_cast<unsigned long>(notes.size())}));
-    globalQueue().async([this, notes = std::move(notes), bookTitle] {
+    globalQueue().async([this, keepAlive = weak_from_this().lock(), notes = std::move(notes), bookTitle] {
         run(notes, bookTitle);
         setIsUpdating(false);
     });

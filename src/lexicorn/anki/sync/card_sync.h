@@ -83,7 +83,7 @@ void asyncUpdateToAnkiWithTitle_showHUD_(std::shared_ptr<const DictNote> note, c
 // fails leaves a line in the error text and the batch goes on. At the end
 // the error text (when there is one) replaces the general pasteboard and the
 // summary is shown with KSWAnkiconnect::showeAlertWithMessage_.
-class BatchSync {
+class BatchSync : public std::enable_shared_from_this<BatchSync> {
 public:
     using NoteList = std::vector<std::shared_ptr<const DictNote>>;
     // A transient message and how long to show it, in seconds; called on
@@ -116,8 +116,9 @@ public:
     // The study board's Anki button: checks that the dictionaries are loaded
     // and no batch runs (else a heads-up says so and nothing is sent), then
     // shows the start heads-up and runs the batch on a background queue.
-    // Returns at once. Call on the main thread; keep this object alive until
-    // the batch has ended (isUpdating() false again).
+    // Returns at once. Call on the main thread. When this object is owned by
+    // a shared_ptr the batch keeps it alive; otherwise keep it alive until the
+    // batch has ended (isUpdating() false again).
     void dictUpdateToAnki(NoteList notes, const QString& bookTitle);
 
     // The batch itself, blocking, without the start checks and without

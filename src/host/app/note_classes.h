@@ -1,0 +1,43 @@
+#pragma once
+
+// The notebook's notes and the study board as runtime objects, so the
+// plug-in reaches them by class and selector names only.
+
+#include "host/notebook/mb_book_note.h"
+
+#include "runtime/runtime.h"
+
+#include <memory>
+#include <vector>
+
+namespace lexicorn::host {
+
+inline constexpr const char* bookNoteClassName = "MbBookNote";
+inline constexpr const char* studyboardClassName = "MbUIStudyboardController";
+
+// One mind-map note: "noteid", "notetitle", "highlight_text", "notes" and
+// "setNotes:" read and write the note it holds.
+class BookNoteObject : public runtime::Object {
+public:
+    BookNoteObject(runtime::Class& cls, MbBookNote note) : Object(cls), note(std::move(note)) {}
+    MbBookNote note;
+};
+
+// The study board: the notes selected in its search view ("selectionNotes"),
+// the title of the open book ("currentBookTitle") and its heads-up display
+// ("showHUD:withDuration:", shown on its window).
+class StudyboardObject : public runtime::Object {
+public:
+    explicit StudyboardObject(runtime::Class& cls) : Object(cls) {}
+    std::vector<std::shared_ptr<runtime::Object>> selection;
+    QString bookTitle;
+    QStringList headsUps;
+};
+
+// Registers both classes (after the application's own); safe to call again.
+void registerNoteClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+std::shared_ptr<BookNoteObject> makeBookNote(MbBookNote note, runtime::Runtime& runtime = runtime::Runtime::shared());
+std::shared_ptr<StudyboardObject> makeStudyboard(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+}  // namespace lexicorn::host
