@@ -68,7 +68,7 @@ public:
     // Notes with a field holding text, found through the client.
     QJsonArray notesHolding(const QString& text);
 
-private:
+protected:
     QString folder_;
     ServerProcess peer_;
     bool ready_ = false;

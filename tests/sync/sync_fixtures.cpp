@@ -12,32 +12,6 @@
 
 namespace lexicorn::testing {
 
-SyncPeer::SyncPeer(const TempHome& home)
-    : folder_(home.path() + QStringLiteral("/anki")),
-      peer_(QStringLiteral(LEXICORN_ANKI_PEER), {QStringLiteral("--collection"), folder_})
-{
-    if (!peer_.started())
-        return;
-    KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
-    anki.setIpString_(peer_.address());
-    QJsonArray fields;
-    for (const QString& item : contentItems)
-        fields.append(item);
-    const QJsonObject model{
-        {"modelName", "Lexicorn card"},
-        {"inOrderFields", fields},
-        {"cardTemplates", QJsonArray{QJsonObject{{"Front", "{{EXPRESSION}}"}, {"Back", "{{DEFINITION}}"}}}},
-    };
-    const auto made = anki.postRequestCommand_params_(QStringLiteral("createModel"), model);
-    ready_ = made && ankiReplySucceeded(*made);
-}
-
-QJsonArray SyncPeer::notesHolding(const QString& text)
-{
-    const auto found = KSWAnkiconnect::shareInstance().findNotesWithNoteid_(text);
-    return found ? found->value(QStringLiteral("result")).toArray() : QJsonArray();
-}
-
 QJsonObject SyncPeer::fieldsOf(const QJsonValue& ankiId)
 {
     const auto info = KSWAnkiconnect::shareInstance().postRequestCommand_params_(QStringLiteral("notesInfo"),

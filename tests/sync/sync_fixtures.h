@@ -23,26 +23,17 @@ namespace lexicorn::testing {
 // A real Anki collection in the home, served on 127.0.0.1 by tools/anki-peer,
 // with deck "Default" and the note type "Lexicorn card" of CardHome; the
 // client is pointed at it.
-class SyncPeer {
+class SyncPeer : public AnkiCollection {
 public:
-    explicit SyncPeer(const TempHome& home);
-    bool ready() const { return ready_; }
-    QString problem() { return peer_.errors(); }
+    explicit SyncPeer(const TempHome& home) : AnkiCollection(home) {}
     // Ends the server; later requests find nothing listening.
     void stop() { peer_.stop(); }
 
-    // The Anki note ids of the notes holding the text.
-    QJsonArray notesHolding(const QString& text);
     // A note's fields, name to value; empty when Anki has no such note.
     QJsonObject fieldsOf(const QJsonValue& ankiId);
     void deleteNote(const QJsonValue& ankiId);
     // How many notes the collection holds.
     qsizetype noteCount();
-
-private:
-    QString folder_;
-    ServerProcess peer_;
-    bool ready_ = false;
 };
 
 // The card the popup writes for sense `row` of section `section` of the
