@@ -64,12 +64,16 @@ HttpClient& HttpClient::shared()
     return *client;
 }
 
-HttpClient::HttpClient() : worker_(new Worker)
+HttpClient::Worker* HttpClient::worker()
 {
-    auto* thread = new QThread;
-    thread->setObjectName(QStringLiteral("lexicorn.network"));
-    worker_->moveToThread(thread);
-    thread->start();
+    std::call_once(workerStarted_, [this] {
+        worker_ = new Worker;
+        auto* thread = new QThread;
+        thread->setObjectName(QStringLiteral("lexicorn.network"));
+        worker_->moveToThread(thread);
+        thread->start();
+    });
+    return worker_;
 }
 
 HttpResponse HttpClient::send(const HttpRequest& request)
@@ -78,8 +82,9 @@ HttpResponse HttpClient::send(const HttpRequest& request)
         return sendPlainHttp(request);
     DispatchSemaphore finished;
     HttpResponse response;
-    QMetaObject::invokeMethod(worker_, [&] {
-        worker_->start(request, [&](HttpResponse result) {
+    Worker* network = worker();
+    QMetaObject::invokeMethod(network, [&] {
+        network->start(request, [&](HttpResponse result) {
             response = std::move(result);
             finished.signal();
         });

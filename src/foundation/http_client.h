@@ -5,6 +5,7 @@
 #include <QUrl>
 
 #include <chrono>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -38,9 +39,12 @@ public:
     HttpResponse send(const HttpRequest& request);
 
 private:
-    HttpClient();
+    HttpClient() = default;
     class Worker;
-    Worker* worker_;
+    // The network thread and its worker, started by the first https request.
+    Worker* worker();
+    std::once_flag workerStarted_;
+    Worker* worker_ = nullptr;
 };
 
 }  // namespace lexicorn

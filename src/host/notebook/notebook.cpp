@@ -233,6 +233,22 @@ bool Notebook::change(QStringView name, const std::function<bool()>& write)
     return true;
 }
 
+namespace {
+
+// Binds, in this order, the fields an update may change: title, excerpt,
+// comments, mind size and highlight style.
+void bindEditableFields(QSqlQuery& query, const MbBookNote& note)
+{
+    query.addBindValue(text(note.notetitle()));
+    query.addBindValue(text(note.highlight_text()));
+    query.addBindValue(commentsText(note.notes()));
+    query.addBindValue(note.mindSize().width);
+    query.addBindValue(note.mindSize().height);
+    query.addBindValue(text(note.highlightStyle()));
+}
+
+}  // namespace
+
 bool Notebook::add(MbBookNote& note)
 {
     const QString noteid = note.noteid().isEmpty() ? QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper()
@@ -248,12 +264,7 @@ bool Notebook::add(MbBookNote& note)
         query.finish();
         query.prepare(QStringLiteral("INSERT INTO notes (%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?)").arg(noteColumns));
         query.addBindValue(noteid);
-        query.addBindValue(text(note.notetitle()));
-        query.addBindValue(text(note.highlight_text()));
-        query.addBindValue(commentsText(note.notes()));
-        query.addBindValue(note.mindSize().width);
-        query.addBindValue(note.mindSize().height);
-        query.addBindValue(text(note.highlightStyle()));
+        bindEditableFields(query, note);
         query.addBindValue(text(note.bookMd5()));
         if (!query.exec())
             return fail(QStringLiteral("add: %1").arg(errorOf(query)));
@@ -270,12 +281,7 @@ bool Notebook::update(const MbBookNote& note)
         QSqlQuery query(QSqlDatabase::database(connection_, false));
         query.prepare(QStringLiteral("UPDATE notes SET notetitle = ?, highlight_text = ?, notes = ?, mind_width = ?,"
                                      " mind_height = ?, highlight_style = ? WHERE noteid = ?"));
-        query.addBindValue(text(note.notetitle()));
-        query.addBindValue(text(note.highlight_text()));
-        query.addBindValue(commentsText(note.notes()));
-        query.addBindValue(note.mindSize().width);
-        query.addBindValue(note.mindSize().height);
-        query.addBindValue(text(note.highlightStyle()));
+        bindEditableFields(query, note);
         query.addBindValue(text(note.noteid()));
         if (!query.exec())
             return fail(QStringLiteral("update: %1").arg(errorOf(query)));

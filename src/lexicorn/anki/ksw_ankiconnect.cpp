@@ -90,9 +90,7 @@ std::optional<QJsonValue> KSWAnkiconnect::getVersion()
     if (reply && ankiReplySucceeded(*reply))
         return reply->value(QStringLiteral("result"));
     const QJsonValue error = reply ? reply->value(QStringLiteral("error")) : QJsonValue();
-    logLine(QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect getVersion error: %1")
-                .arg(error.isString() ? error.toString() : error.isUndefined() || error.isNull() ? QStringLiteral("(null)")
-                                                                                               : compact({{"error", error}})));
+    logLine(QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect getVersion error: %1").arg(describeReplyValue(error)));
     return std::nullopt;
 }
 

@@ -24,26 +24,6 @@ const QString resultKey = QStringLiteral("result");
 const QString noteKey = QStringLiteral("note");
 const QString idKey = QStringLiteral("id");
 
-// How a value prints in a message or a log line: text as it is, numbers
-// without a fraction, null or nothing as "(null)", the rest as compact JSON.
-QString describe(const QJsonValue& value)
-{
-    if (value.isString())
-        return value.toString();
-    if (value.isDouble()) {
-        const double number = value.toDouble();
-        const auto whole = qint64(number);
-        return double(whole) == number ? QString::number(whole) : QString::number(number);
-    }
-    if (value.isBool())
-        return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
-    if (value.isObject())
-        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact));
-    if (value.isArray())
-        return QString::fromUtf8(QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact));
-    return QStringLiteral("(null)");
-}
-
 // Replaces each "%lu" of format by the next number.
 QString formatCounts(const QString& format, std::initializer_list<unsigned long> numbers)
 {
@@ -83,7 +63,7 @@ SendOutcome evaluate(const KSWAnkiconnect::Reply& reply)
         return {true, {}, reply->value(resultKey)};
     if (!reply || !reply->contains(errorKey))
         return {false, syncmessage::noConnection, {}};
-    return {false, describe(reply->value(errorKey)), {}};
+    return {false, describeReplyValue(reply->value(errorKey)), {}};
 }
 
 // Sends the parameters of a rebuilt card: an update when they name an Anki
@@ -169,7 +149,7 @@ void asyncAddToAnkiWithTitle_wordDict_showHUD_(std::shared_ptr<const DictNote> n
         const QString successMessage = formatWithObjects(syncmessage::headAndName, {syncmessage::added, cardShortName(title)});
         const SendOutcome outcome = evaluate(KSWAnkiconnect::shareInstance().addToAnkiWithWordDict_(params));
         if (outcome.success) {
-            logLine(formatWithObjects(syncmessage::logAdded, {title, describe(outcome.result)}));
+            logLine(formatWithObjects(syncmessage::logAdded, {title, describeReplyValue(outcome.result)}));
             callOnMain(callback, true, successMessage);
         } else {
             logLine(formatWithObjects(syncmessage::logError, {outcome.message}));
@@ -194,12 +174,12 @@ void updateToAnkiWithTitle_showHUD_(const DictNote& note, const QString& bookTit
     const QString title = note.notetitle();
     const QJsonObject& params = rebuilt.value();
     if (!usableParams(params)) {
-        callOnMain(callback, false, formatWithObjects(syncmessage::buildError, {title, describe(params)}));
+        callOnMain(callback, false, formatWithObjects(syncmessage::buildError, {title, describeReplyValue(params)}));
         return;
     }
     const SendOutcome outcome = evaluate(sendRebuilt(params));
     if (outcome.success) {
-        logLine(formatWithObjects(syncmessage::logUpdated, {title, describe(outcome.result)}));
+        logLine(formatWithObjects(syncmessage::logUpdated, {title, describeReplyValue(outcome.result)}));
         callOnMain(callback, true, formatWithObjects(syncmessage::headAndName, {syncmessage::updated, cardShortName(title)}));
     } else {
         logLine(formatWithObjects(syncmessage::logError, {outcome.message}));
