@@ -29,7 +29,8 @@ using HookOutcome = Runtime::HookOutcome;
 // - only an ancestor has it: the replacement is added on the class itself with
 //   the ancestor's encoding and slot.previous stays empty.
 // When the class exists, slot.superclass records its superclass.
-// Throws Error for a null or class-side replacement.
+// Throws Error for a null or class-side replacement, and for one whose C++
+// signature differs from the host method's.
 HookOutcome _logos_register_hook(std::string_view className, std::string_view selector, Imp replacement,
                                  HookSlot& slot, Runtime& runtime = Runtime::shared());
 

@@ -219,6 +219,12 @@ Runtime::HookOutcome Runtime::hook(std::string_view className, std::string_view 
     Method* found = lookupLocked(cls, selector, false);
     if (!found)
         return HookOutcome::SelectorAbsent;
+    // A replacement typed differently from the host's method would fail on
+    // every call; refuse it now, while the table is being installed.
+    if (found->imp_ && found->imp_->signature() != replacement->signature())
+        throw Error("-[" + cls.name() + " " + std::string(selector) + "]: the replacement takes " +
+                    replacement->readableSignature() + " but the host's method takes " +
+                    found->imp_->readableSignature());
     if (&found->owner() == &cls) {
         displaced = std::exchange(found->imp_, std::move(replacement));
         return HookOutcome::Replaced;

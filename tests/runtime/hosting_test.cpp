@@ -147,6 +147,27 @@ TEST(RegisterHook, PreviousCallWithNothingToCallNamesClassAndSelector)
     }
 }
 
+TEST(RegisterHook, AReplacementTypedUnlikeTheHostsMethodIsRefusedAndChangesNothing)
+{
+    Host host;
+    HookSlot slot;
+    for (const char* selector : {"tableView:numberOfRowsInSection:", "viewDidLoad"}) {
+        SCOPED_TRACE(selector);
+        try {
+            _logos_register_hook("BookViewController", selector, makeImp([](Object&, std::string, double) { return 0; }),
+                                 slot, host.runtime);
+            ADD_FAILURE() << "expected an error";
+        } catch (const Error& e) {
+            EXPECT_NE(std::string(e.what()).find(std::string("-[BookViewController ") + selector + "]"), std::string::npos)
+                << e.what();
+        }
+    }
+    EXPECT_EQ(slot.previous, nullptr);
+    EXPECT_EQ(host.runtime.ownInstanceMethod(host.book, "viewDidLoad"), nullptr);
+    Object object(host.book);
+    EXPECT_EQ(send<int>(object, "tableView:numberOfRowsInSection:", std::string(), 2), 20);
+}
+
 TEST(HookMethod, ExchangeMakesTheHookSelectorRunTheOriginal)
 {
     Runtime runtime;
