@@ -1,5 +1,7 @@
 #include "host/app/host_classes.h"
 
+#include "host/app/event_classes.h"
+
 #include "foundation/log.h"
 
 #include <string>
@@ -31,13 +33,18 @@ void registerHostClasses(runtime::Runtime& runtime)
                       }));
     // The colour of links in note titles, as a system colour name.
     runtime.addMethod(delegate, "defaultTitleLinkColor0", makeImp([](AppDelegate&) { return std::string("systemBlue"); }));
-    runtime.addMethod(delegate, "cmdPressed", makeImp([](AppDelegate&) {}));
+    runtime.addMethod(delegate, "cmdPressed", makeImp([](AppDelegate& self) { return self.commandHeld; }));
+    runtime.addMethod(delegate, "setSpacePressed:", makeImp([](AppDelegate& self, bool pressed) { self.spacePressed = pressed; }));
+    runtime.addMethod(delegate, "chameleonNSView", makeImp([](AppDelegate& self) { return self.view; }));
 }
 
 std::shared_ptr<AppDelegate> makeAppDelegate(runtime::Runtime& runtime)
 {
     registerHostClasses(runtime);
-    return std::make_shared<AppDelegate>(*runtime.classNamed(appDelegateClassName));
+    registerEventClasses(runtime);
+    auto delegate = std::make_shared<AppDelegate>(*runtime.classNamed(appDelegateClassName));
+    delegate->view = std::make_shared<HostViewObject>(*runtime.classNamed(hostViewClassName));
+    return delegate;
 }
 
 }  // namespace lexicorn::host

@@ -19,12 +19,17 @@ inline constexpr const char* rootClassName = "NSObject";
 inline constexpr const char* responderClassName = "UIResponder";
 inline constexpr const char* appDelegateClassName = "AppDelegate";
 
-// The application delegate: launch, heads-up messages, alerts, the title link colour.
+// The application delegate: launch, heads-up messages, the title link
+// colour, the keyboard state ("cmdPressed", "setSpacePressed:") and the host
+// view ("chameleonNSView").
 class AppDelegate : public runtime::Object {
 public:
     explicit AppDelegate(runtime::Class& cls) : Object(cls) {}
     bool launched = false;
     QStringList headsUps;  // what showHUD:onView:withDuration: was asked to show
+    bool commandHeld = false;
+    bool spacePressed = false;  // space held: a left-button drag pans the page
+    std::shared_ptr<runtime::Object> view;
 };
 
 // Registers the host's classes and their own methods with the runtime; safe

@@ -8,6 +8,17 @@ namespace lexicorn::host {
 
 using runtime::makeImp;
 
+namespace {
+
+// Writes the reader's edit of a note to the notebook it came from.
+void save(BookNoteObject& self)
+{
+    if (self.notebook && !self.notebook->update(self.note))
+        logLine(QStringLiteral("reader: note %1 was not saved: %2").arg(self.note.noteid(), self.notebook->errorString()));
+}
+
+}  // namespace
+
 void registerNoteClasses(runtime::Runtime& runtime)
 {
     registerHostClasses(runtime);
@@ -19,6 +30,14 @@ void registerNoteClasses(runtime::Runtime& runtime)
     runtime.addMethod(note, "highlight_text", makeImp([](BookNoteObject& self) { return self.note.highlight_text(); }));
     runtime.addMethod(note, "notes", makeImp([](BookNoteObject& self) { return self.note.notes(); }));
     runtime.addMethod(note, "setNotes:", makeImp([](BookNoteObject& self, QJsonArray notes) { self.note.setNotes(notes); }));
+    runtime.addMethod(note, "highlightTextFromAttributedText:", makeImp([](BookNoteObject& self, QString excerpt) {
+        self.note.setHighlight_text(excerpt);
+        save(self);
+    }));
+    runtime.addMethod(note, "setNotesAndUpdateMediaList:clear:", makeImp([](BookNoteObject& self, QJsonArray notes, bool /*clear*/) {
+        self.note.setNotes(notes);
+        save(self);
+    }));
 
     runtime::Class& board = runtime.registerClass(studyboardClassName, responderClassName);
     runtime.addMethod(board, "selectionNotes", makeImp([](StudyboardObject& self) { return self.selection; }));
@@ -28,12 +47,15 @@ void registerNoteClasses(runtime::Runtime& runtime)
         logLine(QStringLiteral("heads-up (%1 s): %2").arg(seconds).arg(text));
     }));
     runtime.addMethod(board, "viewDidLoad", makeImp([](StudyboardObject&) {}));
+    runtime.addMethod(board, "toggleBookLeft:", makeImp([](StudyboardObject& self, std::string /*sender*/) {
+        self.bookLeftShown = !self.bookLeftShown;
+    }));
 }
 
-std::shared_ptr<BookNoteObject> makeBookNote(MbBookNote note, runtime::Runtime& runtime)
+std::shared_ptr<BookNoteObject> makeBookNote(MbBookNote note, Notebook* notebook, runtime::Runtime& runtime)
 {
     registerNoteClasses(runtime);
-    return std::make_shared<BookNoteObject>(*runtime.classNamed(bookNoteClassName), std::move(note));
+    return std::make_shared<BookNoteObject>(*runtime.classNamed(bookNoteClassName), std::move(note), notebook);
 }
 
 std::shared_ptr<StudyboardObject> makeStudyboard(runtime::Runtime& runtime)

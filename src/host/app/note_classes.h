@@ -4,6 +4,7 @@
 // plug-in reaches them by class and selector names only.
 
 #include "host/notebook/mb_book_note.h"
+#include "host/notebook/notebook.h"
 
 #include "runtime/runtime.h"
 
@@ -16,11 +17,18 @@ inline constexpr const char* bookNoteClassName = "MbBookNote";
 inline constexpr const char* studyboardClassName = "MbUIStudyboardController";
 
 // One mind-map note: "noteid", "notetitle", "highlight_text", "notes" and
-// "setNotes:" read and write the note it holds.
+// "setNotes:" read and write the note it holds. The reader's own edits,
+// "highlightTextFromAttributedText:" (the excerpt, bold as <b>) and
+// "setNotesAndUpdateMediaList:clear:" (the comments), are also written to
+// the notebook when the note came from one.
 class BookNoteObject : public runtime::Object {
 public:
-    BookNoteObject(runtime::Class& cls, MbBookNote note) : Object(cls), note(std::move(note)) {}
+    BookNoteObject(runtime::Class& cls, MbBookNote note, Notebook* notebook = nullptr)
+        : Object(cls), note(std::move(note)), notebook(notebook)
+    {
+    }
     MbBookNote note;
+    Notebook* notebook;
 };
 
 // The study board: the notes selected in its search view ("selectionNotes"),
@@ -32,12 +40,14 @@ public:
     std::vector<std::shared_ptr<runtime::Object>> selection;
     QString bookTitle;
     QStringList headsUps;
+    bool bookLeftShown = true;  // "toggleBookLeft:" shows or hides the book beside the map
 };
 
 // Registers both classes (after the application's own); safe to call again.
 void registerNoteClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
 
-std::shared_ptr<BookNoteObject> makeBookNote(MbBookNote note, runtime::Runtime& runtime = runtime::Runtime::shared());
+std::shared_ptr<BookNoteObject> makeBookNote(MbBookNote note, Notebook* notebook = nullptr,
+                                             runtime::Runtime& runtime = runtime::Runtime::shared());
 std::shared_ptr<StudyboardObject> makeStudyboard(runtime::Runtime& runtime = runtime::Runtime::shared());
 
 }  // namespace lexicorn::host
