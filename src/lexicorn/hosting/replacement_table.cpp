@@ -3,9 +3,16 @@
 // lacking one keeps working without that feature.
 
 #include "lexicorn/hosting/card_methods.h"
+#include "lexicorn/hosting/pass_through.h"
+#include "lexicorn/hosting/reader_methods.h"
 #include "lexicorn/hosting/startup.h"
 
-#include "runtime/hosting.h"
+#include "foundation/log.h"
+
+#include <QJsonArray>
+#include <QPointF>
+#include <QRectF>
+#include <QString>
 
 #include <string>
 
@@ -15,52 +22,131 @@ namespace {
 
 using runtime::makeImp;
 using runtime::Object;
+using ObjectRef = std::shared_ptr<Object>;
 
-runtime::HookSlot titleLinkColourSlot;
-
-// A replacement method of the host: class, selector, body and its slot.
-struct Replacement {
-    const char* className;
-    const char* selector;
-    runtime::Imp body;
-    runtime::HookSlot* slot;
-};
-
-// A property added to a host class.
-struct AddedBoolean {
-    const char* className;
-    const char* name;
-};
-
-void installReplacements()
+// Methods the plug-in's own features replace.
+std::vector<Replacement> ownReplacements()
 {
-    runtime::Runtime& runtime = runtime::Runtime::shared();
-
-    const AddedBoolean booleans[] = {
-        {"AppDelegate", "enableMouse3"},
-        {"AppDelegate", "shieldDictCard"},
-    };
-    for (const AddedBoolean& property : booleans) {
-        if (runtime::Class* cls = runtime.classNamed(property.className))
-            runtime::addProperty<bool>(*cls, property.name, "^c");
-    }
-
-    const Replacement rows[] = {
+    return {
         {"AppDelegate", "applicationDidFinishLaunching:",
          makeImp([](Object& self, std::string notification) { startUp(self, notification); }), &launchSlot()},
-        {"AppDelegate", "defaultTitleLinkColor0", makeImp([](Object&) { return std::string("systemRed"); }),
-         &titleLinkColourSlot},
+        {"AppDelegate", "defaultTitleLinkColor0", makeImp([](Object&) { return std::string("systemRed"); }), &newHookSlot()},
     };
-    for (const Replacement& row : rows)
-        runtime::_logos_register_hook(row.className, row.selector, row.body, *row.slot, runtime);
+}
 
-    installCardMethods();
+// Host methods the plug-in replaces for features it does not build (the
+// reader's minor adjustments, the study board's add-on toolbar, the Markdown
+// export) or whose behaviour arrives with the reader's windows. Until then
+// the replacement hands each call on to the host. Objects travel as
+// ObjectRef, senders as their names.
+std::vector<Replacement> passThroughReplacements()
+{
+    return {
+        passThrough<void>("PDFSearchQueryOperation", "searchOver"),
+        passThrough<void, ObjectRef>("MbUIDetailViewController", "panHighlight:"),
+        passThrough<void, ObjectRef>("MbUIDetailViewController", "textHighlight:"),
+        passThrough<void>("MbUIDetailViewController", "viewDidLoad"),
+        passThrough<ObjectRef, ObjectRef, bool, bool>("MindMapCanvas", "createNewGroup:edit:draft:"),
+        passThrough<void, QRectF>("MindMapNote", "setFrame:"),
+        passThrough<void>("MbUIStudyboardController", "viewDidLoad"),
+        passThrough<void, ObjectRef>("MbUIStudyboardController", "viewWillLayoutSubviews:"),
+        passThrough<void, bool>("MbUIStudyboardController", "viewWillAppear:"),
+        passThrough<void>("MbUIStudyboardController", "layoutMapAndBooks"),
+        passThrough<void, std::string>("MbUIStudyboardController", "toggleBookLeft:"),
+        passThrough<void, ObjectRef>("MbUIStudyboardController", "openHotword:"),
+        passThrough<void, ObjectRef>("MbUIStudyboardController", "refreshAddonCommands:"),
+        passThrough<void>("MbUIStudyboardController", "layoutAddonToolbar"),
+        passThrough<void, QString>("MbBookNote", "highlightTextFromAttributedText:"),
+        passThrough<void, QJsonArray, bool>("MbBookNote", "setNotesAndUpdateMediaList:clear:"),
+    };
+}
+
+// The categories' exchanges, made before the replacements as load methods
+// run before the library's initialisers.
+void installExchanges()
+{
+    exchangeWithPassThrough<void, ObjectRef, QPointF>("MindMapScrollView", "scrollWheelGestureChanged:atPos:");
+    exchangeWithPassThrough<void, std::string>("MbUIStudyboardController", "toggleBookLeft:");
+    exchangeWithPassThrough<bool>("AppDelegate", "cmdPressed");
+}
+
+enum class Kind { Boolean, Number, Text, Object };
+
+struct AddedProperty {
+    const char* className;
+    const char* name;
+    Kind kind;
+    const char* encoding = "";  // empty: the one of the C++ type
+};
+
+// isUpdating of the study board is the batch's own flag (card methods).
+const AddedProperty addedProperties[] = {
+    {"BookViewController", "selectedText", Kind::Text},
+    {"BookViewController", "cardWidth", Kind::Number},
+    {"BookViewController", "enDictContainer", Kind::Object},
+    {"BookViewController", "asDictView", Kind::Boolean},
+    {"BookViewController", "autoAddToAnki", Kind::Boolean},
+    {"BookViewController", "autoAudio", Kind::Boolean},
+    {"BookViewController", "enableDict", Kind::Boolean},
+    {"BookViewController", "isCorrecting", Kind::Boolean},
+    {"BookViewController", "selectingCopy", Kind::Boolean},
+    {"BookViewController", "sentenceCard", Kind::Boolean},
+    {"BookViewController", "translationCard", Kind::Boolean},
+    {"BookViewController", "sentenceOnly", Kind::Boolean},
+    {"MbUIStudyboardController", "ankiconnectSettingView", Kind::Object},
+    {"MbUIStudyboardController", "dictSetting", Kind::Object},
+    {"MbUIStudyboardController", "updateToAnki", Kind::Object},
+    {"MbUIDetailViewController", "pdfObjCAPI", Kind::Object},
+    {"MbUIDetailViewController", "pdfImages", Kind::Object},
+    // The delegate's booleans are declared with the encoding "^c" and read back with it.
+    {"AppDelegate", "enableMouse3", Kind::Boolean, "^c"},
+    {"AppDelegate", "shieldDictCard", Kind::Boolean, "^c"},
+};
+
+void addProperties()
+{
+    for (const AddedProperty& property : addedProperties) {
+        runtime::Class* cls = runtime::Runtime::shared().classNamed(property.className);
+        if (!cls)
+            continue;
+        switch (property.kind) {
+        case Kind::Boolean:
+            runtime::addProperty<bool>(*cls, property.name, property.encoding);
+            break;
+        case Kind::Number:
+            runtime::addProperty<double>(*cls, property.name, property.encoding);
+            break;
+        case Kind::Text:
+            runtime::addProperty<QString>(*cls, property.name, property.encoding);
+            break;
+        case Kind::Object:
+            runtime::addProperty<ObjectRef>(*cls, property.name, property.encoding);
+            break;
+        }
+    }
+}
+
+void registerAll(const std::vector<Replacement>& rows)
+{
+    for (const Replacement& row : rows) {
+        try {
+            runtime::_logos_register_hook(row.className, row.selector, row.body, *row.slot);
+        } catch (const runtime::Error& error) {
+            // A host whose method is typed otherwise keeps its own.
+            logLine(QStringLiteral("lexicorn: %1 left as the host has it: %2").arg(row.selector, error.what()));
+        }
+    }
 }
 
 // Runs when the library is loaded, before the host calls any replaced method.
 [[gnu::constructor]] void registerOnLoad()
 {
-    installReplacements();
+    installExchanges();
+    addProperties();
+    registerAll(ownReplacements());
+    registerAll(passThroughReplacements());
+    installCardMethods();
+    installReaderMethods();
 }
 
 }  // namespace

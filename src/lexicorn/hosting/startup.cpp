@@ -1,6 +1,7 @@
 #include "lexicorn/hosting/startup.h"
 
 #include "lexicorn/hosting/debug_flag.h"
+#include "lexicorn/hosting/middle_button_monitor.h"
 
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
@@ -54,10 +55,9 @@ void startUp(runtime::Object& delegate, const std::string& notification)
     runtime::send<void>(delegate, "setEnableMouse3:", UserDefaults::standard().boolean(QStringLiteral("SPECIAL_ENABLEMOUSE3")));
     runtime::send<void>(delegate, "setShieldDictCard:", true);
 
-    // The middle-button monitor needs the reader's mouse events; a host that
-    // offers none (this model host) gets none.
-    if (!IS_DEBUG)
-        return;
+    installMiddleButtonMonitor(delegate);
+    // With IS_DEBUG off, as built, start-up ends here: the debugging menu is
+    // not part of the plug-in.
 }
 
 }  // namespace lexicorn
