@@ -18,6 +18,9 @@ void registerHostClasses(runtime::Runtime& runtime)
     runtime.registerClass(rootClassName);
     runtime.registerClass(responderClassName, rootClassName);
     runtime::Class& delegate = runtime.registerClass(appDelegateClassName, responderClassName);
+    runtime::Class& controller = runtime.registerClass(viewControllerClassName, responderClassName);
+    runtime.addMethod(controller, "viewDidLoad", makeImp([](ViewControllerObject& self) { self.viewLoaded = true; }));
+    runtime.addMethod(controller, "viewWillAppear:", makeImp([](ViewControllerObject& self, bool /*animated*/) { ++self.appearances; }));
 
     // The responder chain's default for a finished launch: nothing to do.
     runtime.addMethod(*runtime.classNamed(responderClassName), "applicationDidFinishLaunching:",

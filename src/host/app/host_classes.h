@@ -18,6 +18,7 @@ namespace lexicorn::host {
 inline constexpr const char* rootClassName = "NSObject";
 inline constexpr const char* responderClassName = "UIResponder";
 inline constexpr const char* appDelegateClassName = "AppDelegate";
+inline constexpr const char* viewControllerClassName = "UIViewController";
 
 // The application delegate: launch, heads-up messages, the title link
 // colour, the keyboard state ("cmdPressed", "setSpacePressed:") and the host
@@ -30,6 +31,15 @@ public:
     bool commandHeld = false;
     bool spacePressed = false;  // space held: a left-button drag pans the page
     std::shared_ptr<runtime::Object> view;
+};
+
+// A controller of one of the reader's views: "viewDidLoad" and
+// "viewWillAppear:" (animated) keep count of what happened to the view.
+class ViewControllerObject : public runtime::Object {
+public:
+    explicit ViewControllerObject(runtime::Class& cls) : Object(cls) {}
+    bool viewLoaded = false;
+    int appearances = 0;
 };
 
 // Registers the host's classes and their own methods with the runtime; safe

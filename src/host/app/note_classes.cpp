@@ -39,14 +39,13 @@ void registerNoteClasses(runtime::Runtime& runtime)
         save(self);
     }));
 
-    runtime::Class& board = runtime.registerClass(studyboardClassName, responderClassName);
+    runtime::Class& board = runtime.registerClass(studyboardClassName, viewControllerClassName);
     runtime.addMethod(board, "selectionNotes", makeImp([](StudyboardObject& self) { return self.selection; }));
     runtime.addMethod(board, "currentBookTitle", makeImp([](StudyboardObject& self) { return self.bookTitle; }));
     runtime.addMethod(board, "showHUD:withDuration:", makeImp([](StudyboardObject& self, QString text, double seconds) {
         self.headsUps.append(text);
         logLine(QStringLiteral("heads-up (%1 s): %2").arg(seconds).arg(text));
     }));
-    runtime.addMethod(board, "viewDidLoad", makeImp([](StudyboardObject&) {}));
     runtime.addMethod(board, "toggleBookLeft:", makeImp([](StudyboardObject& self, std::string /*sender*/) {
         self.bookLeftShown = !self.bookLeftShown;
     }));

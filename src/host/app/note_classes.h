@@ -3,6 +3,7 @@
 // The notebook's notes and the study board as runtime objects, so the
 // plug-in reaches them by class and selector names only.
 
+#include "host/app/host_classes.h"
 #include "host/notebook/mb_book_note.h"
 #include "host/notebook/notebook.h"
 
@@ -34,9 +35,9 @@ public:
 // The study board: the notes selected in its search view ("selectionNotes"),
 // the title of the open book ("currentBookTitle") and its heads-up display
 // ("showHUD:withDuration:", shown on its window).
-class StudyboardObject : public runtime::Object {
+class StudyboardObject : public ViewControllerObject {
 public:
-    explicit StudyboardObject(runtime::Class& cls) : Object(cls) {}
+    explicit StudyboardObject(runtime::Class& cls) : ViewControllerObject(cls) {}
     std::vector<std::shared_ptr<runtime::Object>> selection;
     QString bookTitle;
     QStringList headsUps;

@@ -39,9 +39,7 @@ void openBook(BookViewObject& self, const QString& md5, int pageNo)
 
 void registerBookView(runtime::Runtime& runtime)
 {
-    runtime::Class& controller = runtime.registerClass(viewControllerClassName, responderClassName);
     runtime::Class& view = runtime.registerClass(bookViewClassName, viewControllerClassName);
-    runtime.addMethod(controller, "viewDidLoad", makeImp([](Object&) {}));
     runtime.addMethod(view, "openBook:topicid:noteid:bookLocation:",
                       makeImp([](BookViewObject& self, QString md5, QString /*topicid*/, QString /*noteid*/, int pageNo) {
                           openBook(self, md5, pageNo);

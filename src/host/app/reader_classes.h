@@ -4,6 +4,7 @@
 // controller (open and close a book, the current page, the selection), the
 // page-text interface over Poppler and the book records of the notebook.
 
+#include "host/app/host_classes.h"
 #include "host/notebook/mb_model_tool.h"
 #include "host/pdf/pdf_objc_api.h"
 
@@ -16,7 +17,6 @@
 
 namespace lexicorn::host {
 
-inline constexpr const char* viewControllerClassName = "UIViewController";
 inline constexpr const char* bookViewClassName = "BookViewController";
 inline constexpr const char* pdfApiClassName = "PdfObjCAPI";
 inline constexpr const char* modelToolClassName = "MbModelTool";
@@ -28,9 +28,9 @@ inline constexpr const char* bookClassName = "MbBook";
 // "setPDFSelection:pageNo:" (a rectangle in page coordinates; an empty one
 // clears the selection), "selectionRect", "selectionPageNo" and
 // "selectionText".
-class BookViewObject : public runtime::Object {
+class BookViewObject : public ViewControllerObject {
 public:
-    explicit BookViewObject(runtime::Class& cls) : Object(cls) {}
+    explicit BookViewObject(runtime::Class& cls) : ViewControllerObject(cls) {}
     std::unique_ptr<PdfObjCAPI> document;
     QString bookMd5;
     int currentPage = 0;
