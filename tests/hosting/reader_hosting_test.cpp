@@ -95,9 +95,9 @@ TEST_P(ReaderHosting, TheHostsOwnMethodsBehaveAsWithoutThePlugin)
     EXPECT_EQ(saved->highlight_text(), QStringLiteral("an <b>excerpt</b>"));
 
     // Events the plug-in does not pan with pass untouched, with or without it.
-    const ObjectRef click = host::makeEvent(host::otherMouseDown);
+    const ObjectRef click = host::makeEvent(otherMouseDown);
     EXPECT_EQ(host::dispatchLocalEvent(click), click);
-    EXPECT_EQ(send<int>(*click, "type"), host::otherMouseDown);  // enableMouse3 is off
+    EXPECT_EQ(send<int>(*click, "type"), otherMouseDown);  // enableMouse3 is off
     EXPECT_FALSE(app_.delegate->spacePressed);
 }
 
@@ -152,11 +152,11 @@ TEST_F(PluginInReader, TheMiddleButtonPansWhileEnableMouse3IsOn)
         int mouseOverChecks;
     };
     const Step steps[] = {
-        {host::otherMouseDown, host::leftMouseDown, true, 1},
-        {host::otherMouseDragged, host::leftMouseDragged, true, 1},
-        {host::otherMouseDragged, host::leftMouseDragged, true, 1},
-        {host::otherMouseUp, host::leftMouseUp, false, 2},
-        {host::leftMouseDown, host::leftMouseDown, false, 2},  // not the middle button: untouched
+        {otherMouseDown, leftMouseDown, true, 1},
+        {otherMouseDragged, leftMouseDragged, true, 1},
+        {otherMouseDragged, leftMouseDragged, true, 1},
+        {otherMouseUp, leftMouseUp, false, 2},
+        {leftMouseDown, leftMouseDown, false, 2},  // not the middle button: untouched
     };
     const auto& view = static_cast<host::HostViewObject&>(*app_.delegate->view);
     for (const Step& step : steps) {
@@ -168,9 +168,9 @@ TEST_F(PluginInReader, TheMiddleButtonPansWhileEnableMouse3IsOn)
         EXPECT_EQ(view.mouseOverChecks, step.mouseOverChecks);
     }
     send<void>(*app_.delegate, "setEnableMouse3:", false);
-    const ObjectRef event = host::makeEvent(host::otherMouseDown);
+    const ObjectRef event = host::makeEvent(otherMouseDown);
     host::dispatchLocalEvent(event);
-    EXPECT_EQ(send<int>(*event, "type"), host::otherMouseDown);
+    EXPECT_EQ(send<int>(*event, "type"), otherMouseDown);
 }
 
 TEST_F(PluginInReader, AddedPropertiesReadAsUnsetUntilSetAndKeepTheirEncodings)

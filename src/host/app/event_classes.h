@@ -5,6 +5,8 @@
 // feeds its window's mouse events through dispatchLocalEvent; a monitor
 // installed for an event's type sees it first and may change or swallow it.
 
+#include "foundation/event_types.h"
+
 #include "runtime/runtime.h"
 
 #include <cstdint>
@@ -15,16 +17,6 @@ namespace lexicorn::host {
 
 inline constexpr const char* eventClassName = "NSEvent";
 inline constexpr const char* hostViewClassName = "ChameleonNSView";
-
-// Event types, numbered as the platform numbers them.
-enum EventType : int {
-    leftMouseDown = 1,
-    leftMouseUp = 2,
-    leftMouseDragged = 6,
-    otherMouseDown = 25,
-    otherMouseUp = 26,
-    otherMouseDragged = 27,
-};
 
 // "type" and "setType:"; "+addLocalMonitorForEventsMatchingMask:handler:"
 // (bit n of the mask selects event type n; the handler returns the event to

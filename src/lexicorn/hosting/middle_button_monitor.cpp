@@ -1,5 +1,7 @@
 #include "lexicorn/hosting/middle_button_monitor.h"
 
+#include "foundation/event_types.h"
+
 #include <cstdint>
 #include <functional>
 
@@ -11,15 +13,6 @@ using runtime::Object;
 using ObjectRef = std::shared_ptr<Object>;
 using EventHandler = std::function<ObjectRef(ObjectRef)>;
 
-// Event types as the platform numbers them.
-enum : int {
-    leftMouseDown = 1,
-    leftMouseUp = 2,
-    leftMouseDragged = 6,
-    otherMouseDown = 25,
-    otherMouseUp = 26,
-    otherMouseDragged = 27,
-};
 constexpr std::uint64_t otherMouseMask = (1ull << otherMouseDown) | (1ull << otherMouseUp) | (1ull << otherMouseDragged);
 
 void holdSpace(Object& delegate, bool held)
