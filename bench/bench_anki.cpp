@@ -9,6 +9,8 @@
 #include "lexicorn/anki/anki_reply.h"
 #include "lexicorn/anki/ksw_ankiconnect.h"
 
+#include "child_server.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
@@ -23,30 +25,7 @@ namespace {
 
 using lexicorn::KSWAnkiconnect;
 
-// A test server run as a child process until the benchmark ends.
-class Server {
-public:
-    Server(const QString& program, const QStringList& arguments)
-    {
-        process_.start(program, arguments);
-        process_.waitForStarted(10000);
-        for (int waited = 0; waited < 60000 && !process_.canReadLine() && process_.state() == QProcess::Running; waited += 100)
-            process_.waitForReadyRead(100);
-        const QString line = QString::fromUtf8(process_.readLine()).trimmed();
-        if (line.startsWith(QStringLiteral("listening on ")))
-            address = line.mid(13);
-    }
-    ~Server()
-    {
-        process_.closeWriteChannel();
-        process_.terminate();
-        process_.waitForFinished(10000);
-    }
-    QString address;
-
-private:
-    QProcess process_;
-};
+using Server = ChildServer;
 
 QTemporaryDir* scratch = nullptr;
 Server* peer = nullptr;
