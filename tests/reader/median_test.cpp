@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -84,6 +87,41 @@ TEST(MedianQuickselect, AgreesWithSortingOnEverySmallArray)
             std::vector<double> work = values;
             ASSERT_EQ(HookPDFPageTextTool::findMedian(work.data(), size), expected) << show(values);
         }
+    }
+}
+
+// Character boxes of a broken PDF can hold NaN. The median of such heights
+// or edges has no right answer, but it must end, give back one of the values
+// and keep them all; this used to loop forever.
+TEST(MedianQuickselect, EndsWithNaNAmongTheValues)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const std::vector<MedianCase> cases{
+        {"NaN as the last element", {12, 10, nan}, 0},
+        {"NaN first", {nan, 12, 10}, 0},
+        {"two NaNs", {nan, 3, nan, 1}, 0},
+        {"only NaNs", {nan, nan, nan}, 0},
+        {"NaN with infinities", {inf, nan, -inf, 5, nan, 7}, 0},
+    };
+    const auto bits = [](double v) {
+        uint64_t b;
+        std::memcpy(&b, &v, sizeof b);
+        return b;
+    };
+    for (const MedianCase& c : cases) {
+        std::vector<double> values = c.values;
+        const double median = HookPDFPageTextTool::findMedian(values.data(), int(values.size()));
+        EXPECT_TRUE(std::any_of(c.values.begin(), c.values.end(), [&](double v) { return bits(v) == bits(median); }))
+            << c.name;
+        std::vector<uint64_t> before, after;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            before.push_back(bits(c.values[i]));
+            after.push_back(bits(values[i]));
+        }
+        std::sort(before.begin(), before.end());
+        std::sort(after.begin(), after.end());
+        EXPECT_EQ(after, before) << c.name;
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <QStringList>
 
+#include <limits>
 #include <vector>
 
 namespace {
@@ -72,6 +73,16 @@ TEST(SentenceCutting, FlagsLineEndsAndSentenceEndsOnCopies)
         for (const CharRecord& record : line)
             EXPECT_FALSE(record.lineEnd || record.sectionEnd);
     }
+}
+
+TEST(SentenceCutting, APageWithNaNBoxesIsStillCut)
+{
+    // A character placed at NaN gives its line a NaN right edge, and one of
+    // NaN height a NaN line height: both go through the median.
+    PageLines lines = regularPage({"First line. Still", "going on.", "Last."});
+    lines[0][3].rect.moveLeft(std::numeric_limits<double>::quiet_NaN());
+    lines[1][2].rect.setHeight(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(textsOf(HookPDFPageTextTool::cutSentences(lines)), (QStringList{"First line.", "Stillgoing on.", "Last."}));
 }
 
 struct SectionCase {

@@ -123,10 +123,14 @@ double HookPDFPageTextTool::PartSort(double* array, int low, int high)
     const double pivot = array[high];
     int left = low;
     int right = high;
+    // Written as "not greater" and "not smaller" so that a NaN (a character
+    // box from a broken PDF) counts as on both sides and the scans still move:
+    // with <= and >= a NaN stops both of them and the loop never ends. For
+    // numbers the two forms are the same test.
     while (left < right) {
-        while (left < right && array[left] <= pivot)
+        while (left < right && !(array[left] > pivot))
             ++left;
-        while (left < right && array[right] >= pivot)
+        while (left < right && !(array[right] < pivot))
             --right;
         std::swap(array[left], array[right]);
     }
