@@ -4,6 +4,7 @@
 
 #include <espeak-ng/speak_lib.h>
 
+#include <QHash>
 #include <QtEndian>
 
 #include <cstdint>
@@ -19,6 +20,12 @@ namespace {
 std::mutex espeakMutex;
 int sampleRate = 0;  // 0 before the first start, -1 when it could not start
 std::vector<int16_t>* collected = nullptr;
+
+// What was said lately, by text: a batch of cards says the same words and
+// sentences again and again, and synthesis is the dearest part of a card.
+// Cleared when full rather than kept in order of use; held under espeakMutex.
+constexpr qsizetype spokenLimit = 1024;
+QHash<QByteArray, QByteArray> spoken;
 
 // eSpeak hands the samples over in pieces; a null buffer marks the end.
 int collectSamples(short* samples, int count, espeak_EVENT*)
@@ -82,8 +89,9 @@ QByteArray wavFile(const std::vector<int16_t>& samples, int rate)
     appendLittleEndian16(out, 16);           // bits per sample
     out.append("data", 4);
     appendLittleEndian32(out, dataBytes);
-    for (const int16_t sample : samples)
-        appendLittleEndian16(out, uint16_t(sample));
+    const qsizetype at = out.size();
+    out.resize(at + qsizetype(dataBytes));
+    qToLittleEndian<int16_t>(samples.data(), qsizetype(samples.size()), out.data() + at);
     return out;
 }
 
@@ -98,6 +106,8 @@ QByteArray offlinePronunciation(const QString& word)
     int rate = 0;
     {
         std::lock_guard lock(espeakMutex);
+        if (const auto found = spoken.constFind(text); found != spoken.constEnd())
+            return *found;
         if (!started())
             return {};
         collected = &samples;
@@ -113,7 +123,12 @@ QByteArray offlinePronunciation(const QString& word)
     }
     if (samples.empty())
         return {};
-    return wavFile(samples, rate);
+    QByteArray wav = wavFile(samples, rate);
+    std::lock_guard lock(espeakMutex);
+    if (spoken.size() >= spokenLimit)
+        spoken.clear();
+    spoken.insert(text, wav);
+    return wav;
 }
 
 }  // namespace lexicorn
