@@ -13,7 +13,6 @@ import argparse
 import base64
 import json
 import os
-import signal
 import threading
 import urllib.request
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
@@ -22,6 +21,8 @@ from anki.collection import Collection, SearchNode
 from anki.consts import MODEL_CLOZE
 from anki.errors import NotFoundError
 from anki.notes import Note, NoteFieldsCheckResult
+
+from serving import serve_until_stopped
 
 API_VERSION = 6
 
@@ -320,32 +321,10 @@ def main():
     col = Collection(os.path.join(args.collection, "collection.anki2"))
 
     server = ThreadingHTTPServer((args.host, args.port), Handler)
-    server.daemon_threads = True
     server.lock = threading.Lock()
     server.actions = Actions(col)
     server.verbose = args.verbose
-
-    stop = threading.Event()
-    for sig in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(sig, lambda *_: stop.set())
-
-    def watch_stdin():
-        try:
-            while os.read(0, 4096):
-                pass
-        except OSError:
-            pass
-        stop.set()
-
-    threading.Thread(target=watch_stdin, daemon=True).start()
-    threading.Thread(target=server.serve_forever, args=(0.1,),
-                     daemon=True).start()
-
-    host, port = server.server_address[:2]
-    print(f"listening on {host}:{port}", flush=True)
-    stop.wait()
-
-    server.shutdown()
+    serve_until_stopped(server)
     # Waits for a request in progress and keeps later ones off the closed
     # collection until the process exits.
     server.lock.acquire()

@@ -21,13 +21,13 @@ import argparse
 import collections
 import http.client
 import json
-import os
-import signal
 import sys
 import threading
 import time
 import urllib.parse
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+
+from serving import serve_until_stopped
 
 HEADERS = {"Content-Type": "application/json"}
 
@@ -72,26 +72,7 @@ def record(args):
             pass
 
     server = ThreadingHTTPServer(("127.0.0.1", args.port), Proxy)
-    server.daemon_threads = True
-    stop = threading.Event()
-    for sig in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(sig, lambda *_: stop.set())
-
-    def watch_stdin():
-        try:
-            while os.read(0, 4096):
-                pass
-        except OSError:
-            pass
-        stop.set()
-
-    threading.Thread(target=watch_stdin, daemon=True).start()
-    threading.Thread(target=server.serve_forever, args=(0.1,),
-                     daemon=True).start()
-    host, port = server.server_address[:2]
-    print(f"listening on {host}:{port}", flush=True)
-    stop.wait()
-    server.shutdown()
+    serve_until_stopped(server)
     server.server_close()
     out.close()
 
