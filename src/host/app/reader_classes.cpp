@@ -4,6 +4,8 @@
 
 #include "foundation/log.h"
 
+#include <algorithm>
+
 namespace lexicorn::host {
 
 namespace {
@@ -11,6 +13,12 @@ namespace {
 using runtime::makeImp;
 using runtime::Object;
 using ObjectRef = std::shared_ptr<Object>;
+
+// A page of the open book; a document without pages still has page 1.
+int pageWithin(const PdfObjCAPI& document, int pageNo)
+{
+    return std::clamp(pageNo, 1, std::max(1, document.pageCount()));
+}
 
 std::shared_ptr<ModelToolObject>& sharedModelTool()
 {
@@ -34,7 +42,7 @@ void openBook(BookViewObject& self, const QString& md5, int pageNo)
     }
     self.document = std::move(document);
     self.bookMd5 = md5;
-    self.currentPage = std::clamp(pageNo, 1, self.document->pageCount());
+    self.currentPage = pageWithin(*self.document, pageNo);
 }
 
 void registerBookView(runtime::Runtime& runtime)
@@ -55,7 +63,7 @@ void registerBookView(runtime::Runtime& runtime)
     runtime.addMethod(view, "currentPageNo", makeImp([](BookViewObject& self) { return self.currentPage; }));
     runtime.addMethod(view, "setCurrentPageNo:", makeImp([](BookViewObject& self, int pageNo) {
         if (self.document)
-            self.currentPage = std::clamp(pageNo, 1, self.document->pageCount());
+            self.currentPage = pageWithin(*self.document, pageNo);
     }));
     runtime.addMethod(view, "pdfViewHandle",
                       makeImp([](BookViewObject& self) { return self.document ? self.document->viewHandle() : std::int64_t(0); }));
