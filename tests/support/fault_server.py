@@ -13,16 +13,13 @@ Every request is counted and the count is printed on stderr as "requests N".
 """
 
 import json
-import socket
 import sys
 import threading
 import time
 
+import socket_server
+
 mode = sys.argv[1]
-server = socket.socket()
-server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-server.bind(("127.0.0.1", 0))
-server.listen(64)
 lock = threading.Lock()
 count = 0
 
@@ -82,12 +79,4 @@ def serve(conn):
             answer(conn, 200, json.dumps(reply).encode())
 
 
-def accept_loop():
-    while True:
-        conn, _ = server.accept()
-        threading.Thread(target=serve, args=(conn,), daemon=True).start()
-
-
-threading.Thread(target=accept_loop, daemon=True).start()
-print("listening on 127.0.0.1:%d" % server.getsockname()[1], flush=True)
-sys.stdin.read()
+socket_server.run(serve)

@@ -8,14 +8,11 @@ request line and body back). Every new connection is counted on stderr as
 "connections N".
 """
 
-import socket
 import sys
 import threading
 
-server = socket.socket()
-server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-server.bind(("127.0.0.1", 0))
-server.listen(64)
+import socket_server
+
 lock = threading.Lock()
 connections = 0
 
@@ -72,12 +69,4 @@ def serve(conn):
                 conn.sendall(b"HTTP/1.1 200 OK\r\nContent-Length: %d\r\n\r\n" % len(reply) + reply)
 
 
-def accept_loop():
-    while True:
-        conn, _ = server.accept()
-        threading.Thread(target=serve, args=(conn,), daemon=True).start()
-
-
-threading.Thread(target=accept_loop, daemon=True).start()
-print("listening on 127.0.0.1:%d" % server.getsockname()[1], flush=True)
-sys.stdin.read()
+socket_server.run(serve)
