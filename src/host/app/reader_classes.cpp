@@ -2,6 +2,8 @@
 
 #include "host/app/host_classes.h"
 
+#include "lexicorn/reader/raw_line_format.h"
+
 #include "foundation/log.h"
 
 #include <algorithm>
@@ -113,17 +115,7 @@ void registerBooks(runtime::Runtime& runtime)
 
 QString selectionTextOf(const PageLines& lines, const QRectF& selection)
 {
-    QStringList pieces;
-    for (const CharLine& line : lines) {
-        QString piece;
-        for (const CharRecord& record : line) {
-            if (selection.contains(record.rect.center()))
-                piece.append(QChar(record.ch));
-        }
-        if (!piece.isEmpty())
-            pieces.append(piece);
-    }
-    return pieces.join(QStringLiteral("   "));
+    return selectedLineTexts(lines, selection).join(QStringLiteral("   "));
 }
 
 void registerReaderClasses(runtime::Runtime& runtime)

@@ -20,16 +20,26 @@ bool brokenWord(const QString& before, const QString& after)
 
 }  // namespace
 
+QStringList selectedLineTexts(const PageLines& lines, const QRectF& selection)
+{
+    QStringList texts;
+    for (const CharLine& line : lines) {
+        QString text;
+        for (const CharRecord& record : line) {
+            if (selection.contains(record.rect.center()))
+                text.append(QChar(record.ch));
+        }
+        if (!text.isEmpty())
+            texts.append(text);
+    }
+    return texts;
+}
+
 QString rawLineFormat(const PageLines& lines, const QRectF& selection)
 {
     QString text;
-    for (const CharLine& line : lines) {
-        QString piece;
-        for (const CharRecord& record : line) {
-            if (selection.contains(record.rect.center()))
-                piece.append(QChar(record.ch));
-        }
-        piece = piece.simplified();
+    for (const QString& selected : selectedLineTexts(lines, selection)) {
+        const QString piece = selected.simplified();
         if (piece.isEmpty())
             continue;
         if (brokenWord(text, piece))
