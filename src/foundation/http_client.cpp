@@ -10,7 +10,38 @@
 #include <QThread>
 #include <QTimer>
 
+#include <memory>
+
 namespace lexicorn {
+
+namespace {
+
+const QString timedOut = QStringLiteral("The request timed out.");
+const QString tooLarge = QStringLiteral("The reply is too large.");
+
+// Failures that come before the request is written, so the server saw nothing.
+bool failsBeforeSending(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::HostNotFoundError:
+    case QNetworkReply::ConnectionRefusedError:
+    case QNetworkReply::SslHandshakeFailedError:
+    case QNetworkReply::ProxyNotFoundError:
+    case QNetworkReply::ProxyConnectionRefusedError:
+    case QNetworkReply::ProtocolUnknownError:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// What the handlers of one reply learn along the way.
+struct ReplyState {
+    bool timedOut = false;
+    bool tooLarge = false;
+};
+
+}  // namespace
 
 // Lives on the network thread and owns the network access manager there.
 class HttpClient::Worker : public QObject {
@@ -25,29 +56,49 @@ public:
             networkRequest.setRawHeader(name, value);
         networkRequest.setTransferTimeout(int(request.timeout.count()));
         QNetworkReply* reply = manager_->sendCustomRequest(networkRequest, request.method, request.body);
+        auto state = std::make_shared<ReplyState>();
 
         // A hard deadline as well: the transfer timeout restarts whenever a byte
         // arrives, and a server that trickles must not hold the caller longer.
         auto* deadline = new QTimer(reply);
         deadline->setSingleShot(true);
-        connect(deadline, &QTimer::timeout, reply, [reply] {
-            reply->setProperty("lexicornTimedOut", true);
+        connect(deadline, &QTimer::timeout, reply, [reply, state] {
+            state->timedOut = true;
             reply->abort();
         });
         deadline->start(request.timeout);
 
-        connect(reply, &QNetworkReply::finished, this, [reply, done = std::move(done)] {
+        // Stops the reply as soon as its announced length or what has arrived
+        // passes the cap, so an endless reply cannot fill memory.
+        const auto checkSize = [reply, state, limit = request.maxReplyBytes] {
+            const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+            if (!state->tooLarge && (announced > limit || reply->bytesAvailable() > limit)) {
+                state->tooLarge = true;
+                reply->abort();
+            }
+        };
+        connect(reply, &QNetworkReply::metaDataChanged, reply, checkSize);
+        connect(reply, &QNetworkReply::readyRead, reply, checkSize);
+
+        connect(reply, &QNetworkReply::finished, this, [reply, state, done = std::move(done)] {
             HttpResponse response;
             const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-            if (status.isValid()) {
+            if (state->tooLarge) {
+                response.error = tooLarge;
+            } else if (state->timedOut || reply->error() == QNetworkReply::OperationCanceledError) {
+                // Checked before the status: a reply cut off by the deadline is not a reply.
+                response.error = timedOut;
+            } else if (status.isValid()) {
                 // Any HTTP status is a reply, 500 included; only transport failures are errors.
                 response.status = status.toInt();
                 response.body = reply->readAll();
-            } else if (reply->property("lexicornTimedOut").toBool() || reply->error() == QNetworkReply::OperationCanceledError) {
-                response.error = QStringLiteral("The request timed out.");
             } else {
                 response.error = reply->errorString();
             }
+            // Qt does not tell how often it wrote the request (it may write it
+            // again itself on a kept-alive connection that was closed), so
+            // unless it surely never left, say it went once.
+            response.sends = failsBeforeSending(reply->error()) ? 0 : 1;
             reply->deleteLater();
             done(std::move(response));
         });

@@ -2,10 +2,13 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <netdb.h>
 #include <netinet/in.h>
@@ -13,6 +16,8 @@
 #include <optional>
 #include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -26,6 +31,14 @@ using Clock = std::chrono::steady_clock;
 const QString timedOut = QStringLiteral("The request timed out.");
 const QString cannotConnect = QStringLiteral("Could not connect to the server.");
 const QString connectionLost = QStringLiteral("The network connection was lost.");
+const QString hostNotFound = QStringLiteral("A server with the specified hostname could not be found.");
+const QString notHttp = QStringLiteral("The server sent a reply that is not HTTP.");
+const QString tooLarge = QStringLiteral("The reply is too large.");
+
+// The status line and headers of a reply (its trailers included) may not be
+// longer than this together, so a server that never ends a header cannot
+// fill memory. Real replies use a few hundred bytes.
+constexpr qsizetype maxHeaderBytes = 64 * 1024;
 
 // Idle keep-alive connections, by "host:port".
 class ConnectionPool {
@@ -57,6 +70,26 @@ ConnectionPool& pool()
     return *connections;
 }
 
+// An idle connection has nothing to read. When it is readable the server has
+// closed it (or sent bytes nobody asked for), and a request written to it
+// would be lost.
+bool stillOpen(int fd)
+{
+    pollfd entry{fd, POLLIN, 0};
+    return ::poll(&entry, 1, 0) == 0;
+}
+
+// An idle connection to key that still looks open; dead ones are closed on the way.
+std::optional<int> takeOpenConnection(const QByteArray& key)
+{
+    while (const std::optional<int> fd = pool().take(key)) {
+        if (stillOpen(*fd))
+            return fd;
+        ::close(*fd);
+    }
+    return std::nullopt;
+}
+
 class Failure {
 public:
     explicit Failure(QString why, bool beforeReply = false) : why(std::move(why)), beforeReply(beforeReply) {}
@@ -85,16 +118,80 @@ void waitFor(int fd, short events, Clock::time_point deadline)
     }
 }
 
-int connectTo(const QByteArray& host, int port, Clock::time_point deadline)
+using AddressList = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
+
+struct Lookup {
+    int status = EAI_NONAME;
+    addrinfo* found = nullptr;
+};
+
+Lookup lookUp(const QByteArray& host, const QByteArray& service, int flags)
 {
     addrinfo hints{};
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (::getaddrinfo(host.constData(), QByteArray::number(port).constData(), &hints, &found) != 0 || !found)
-        throw Failure(QStringLiteral("A server with the specified hostname could not be found."));
-    QString lastError = cannotConnect;
-    for (addrinfo* address = found; address; address = address->ai_next) {
+    hints.ai_flags = flags;
+    Lookup lookup;
+    lookup.status = ::getaddrinfo(host.constData(), service.constData(), &hints, &lookup.found);
+    return lookup;
+}
+
+// What a caller and the helper thread resolving its name share. The helper
+// may outlive the caller's wait, so it owns a share of this and never
+// touches the caller's stack.
+struct PendingLookup {
+    std::mutex mutex;
+    std::condition_variable done;
+    std::optional<Lookup> lookup;
+    bool abandoned = false;  // the caller stopped waiting: the helper frees what it found
+};
+
+// getaddrinfo has no time-out of its own and may block for long on a bad
+// resolver, so the name is looked up on a helper thread and waited for only
+// until the deadline. A helper that finishes late cleans up after itself.
+Lookup lookUpBefore(const QByteArray& host, const QByteArray& service, Clock::time_point deadline)
+{
+    auto pending = std::make_shared<PendingLookup>();
+    try {
+        std::thread([pending, host, service] {
+            const Lookup lookup = lookUp(host, service, 0);
+            std::lock_guard lock(pending->mutex);
+            if (pending->abandoned) {
+                if (lookup.found)
+                    ::freeaddrinfo(lookup.found);
+                return;
+            }
+            pending->lookup = lookup;
+            pending->done.notify_one();
+        }).detach();
+    } catch (const std::system_error&) {
+        return lookUp(host, service, 0);  // no thread to be had: wait without a limit
+    }
+    std::unique_lock lock(pending->mutex);
+    if (!pending->done.wait_until(lock, deadline, [&] { return pending->lookup.has_value(); })) {
+        pending->abandoned = true;
+        throw Failure(timedOut);
+    }
+    return *pending->lookup;
+}
+
+// Numeric addresses, the usual 127.0.0.1 among them, need no lookup and no thread.
+AddressList resolve(const QByteArray& host, int port, Clock::time_point deadline)
+{
+    const QByteArray service = QByteArray::number(port);
+    Lookup lookup = lookUp(host, service, AI_NUMERICHOST);
+    if (lookup.status != 0)
+        lookup = lookUpBefore(host, service, deadline);
+    AddressList addresses(lookup.found, ::freeaddrinfo);
+    if (lookup.status != 0 || !addresses)
+        throw Failure(hostNotFound);
+    return addresses;
+}
+
+int connectTo(const QByteArray& host, int port, Clock::time_point deadline)
+{
+    const AddressList addresses = resolve(host, port, deadline);
+    for (addrinfo* address = addresses.get(); address; address = address->ai_next) {
         const int fd = ::socket(address->ai_family, address->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address->ai_protocol);
         if (fd < 0)
             continue;
@@ -104,9 +201,8 @@ int connectTo(const QByteArray& host, int port, Clock::time_point deadline)
         }
         try {
             waitFor(fd, POLLOUT, deadline);
-        } catch (const Failure& failure) {
+        } catch (const Failure&) {
             ::close(fd);
-            ::freeaddrinfo(found);
             throw;
         }
         int error = 0;
@@ -115,13 +211,11 @@ int connectTo(const QByteArray& host, int port, Clock::time_point deadline)
         if (error == 0) {
             const int on = 1;
             ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-            ::freeaddrinfo(found);
             return fd;
         }
         ::close(fd);
     }
-    ::freeaddrinfo(found);
-    throw Failure(lastError);
+    throw Failure(cannotConnect);
 }
 
 void sendAll(int fd, const QByteArray& bytes, Clock::time_point deadline)
@@ -139,19 +233,26 @@ void sendAll(int fd, const QByteArray& bytes, Clock::time_point deadline)
     }
 }
 
+constexpr qsizetype readSize = 16384;
+
 // Reads what the server sends, on demand.
 class Reader {
 public:
     Reader(int fd, Clock::time_point deadline) : fd_(fd), deadline_(deadline) {}
 
-    // Reads more bytes; false at the end of the stream.
-    bool fill()
+    // Reads at most `most` more bytes; false at the end of the stream.
+    bool fill(qsizetype most = readSize)
     {
-        char chunk[16384];
+        // Checked here as well as when waiting: a server that sends without
+        // pause never makes us wait, and must not outlast the time-out.
+        if (Clock::now() >= deadline_)
+            throw Failure(timedOut);
+        char chunk[readSize];
         for (;;) {
-            const ssize_t got = ::recv(fd_, chunk, sizeof chunk, 0);
+            const ssize_t got = ::recv(fd_, chunk, size_t(std::min(most, readSize)), 0);
             if (got > 0) {
                 buffer.append(chunk, got);
+                receivedAny_ = true;
                 return true;
             }
             if (got == 0)
@@ -160,23 +261,33 @@ public:
                 waitFor(fd_, POLLIN, deadline_);
                 continue;
             }
-            throw Failure(connectionLost, buffer.isEmpty());
+            throw Failure(connectionLost, !receivedAny_);
         }
     }
 
-    // Takes one line ending in CRLF, without it.
-    QByteArray line()
+    // Takes one line ending in CRLF, without it; a line longer than limit is too large.
+    QByteArray line(qsizetype limit)
     {
         for (;;) {
             const qsizetype end = buffer.indexOf("\r\n");
+            if (end > limit || (end < 0 && buffer.size() > limit + 1))
+                throw Failure(tooLarge);
             if (end >= 0) {
                 QByteArray text = buffer.left(end);
                 buffer.remove(0, end + 2);
                 return text;
             }
             if (!fill())
-                throw Failure(connectionLost, buffer.isEmpty());
+                throw Failure(connectionLost, !receivedAny_);
         }
+    }
+
+    // Takes one line of the status line, headers or trailers, which share maxHeaderBytes.
+    QByteArray headerLine()
+    {
+        QByteArray text = line(headerBytesLeft_);
+        headerBytesLeft_ -= text.size() + 2;
+        return text;
     }
 
     QByteArray take(qsizetype count)
@@ -190,11 +301,17 @@ public:
         return bytes;
     }
 
-    QByteArray rest()
+    // Everything until the server closes the connection, if that is at most
+    // limit bytes; one byte more is all it reads to know that it is not.
+    QByteArray rest(qsizetype limit)
     {
-        while (fill()) {
+        for (;;) {
+            const qsizetype room = limit - buffer.size();
+            if (room < 0)
+                throw Failure(tooLarge);
+            if (!fill(std::min(room, readSize - 1) + 1))
+                return std::exchange(buffer, {});
         }
-        return std::exchange(buffer, {});
     }
 
     QByteArray buffer;
@@ -202,73 +319,104 @@ public:
 private:
     int fd_;
     Clock::time_point deadline_;
+    bool receivedAny_ = false;  // when nothing came, a stale kept-alive connection may be why
+    qsizetype headerBytesLeft_ = maxHeaderBytes;
 };
+
+struct Head {
+    int status = 0;
+    bool keepAlive = false;
+    qsizetype length = -1;  // the Content-Length; -1 when there is none
+    bool chunked = false;
+};
+
+Head readHead(Reader& reader)
+{
+    const QList<QByteArray> status = reader.headerLine().split(' ');
+    if (status.size() < 2 || !status[0].startsWith("HTTP/1."))
+        throw Failure(notHttp);
+    Head head;
+    head.status = status[1].toInt();
+    head.keepAlive = status[0] == "HTTP/1.1";
+    for (QByteArray header = reader.headerLine(); !header.isEmpty(); header = reader.headerLine()) {
+        const qsizetype colon = header.indexOf(':');
+        if (colon < 0)
+            continue;
+        const QByteArray name = header.left(colon).trimmed().toLower();
+        const QByteArray value = header.mid(colon + 1).trimmed().toLower();
+        if (name == "content-length") {
+            bool ok = false;
+            head.length = value.toLongLong(&ok);
+            if (!ok || head.length < 0)
+                throw Failure(notHttp);
+        } else if (name == "transfer-encoding" && value.contains("chunked")) {
+            head.chunked = true;
+        } else if (name == "connection") {
+            head.keepAlive = value != "close" && (head.keepAlive || value == "keep-alive");
+        }
+    }
+    return head;
+}
+
+// The size from a chunk's first line, "SIZE[;extension...]".
+qsizetype chunkSize(const QByteArray& line)
+{
+    bool ok = false;
+    const qsizetype size = line.split(';').front().trimmed().toLongLong(&ok, 16);
+    if (!ok || size < 0)
+        throw Failure(notHttp);
+    return size;
+}
+
+QByteArray readChunkedBody(Reader& reader, qsizetype limit)
+{
+    QByteArray body;
+    for (qsizetype size = chunkSize(reader.line(maxHeaderBytes)); size > 0; size = chunkSize(reader.line(maxHeaderBytes))) {
+        if (size > limit - body.size())
+            throw Failure(tooLarge);
+        body += reader.take(size);
+        reader.line(maxHeaderBytes);  // the CRLF after the chunk
+    }
+    for (QByteArray trailer = reader.headerLine(); !trailer.isEmpty(); trailer = reader.headerLine()) {
+    }
+    return body;
+}
 
 struct Exchange {
     HttpResponse response;
     bool keepAlive = false;
 };
 
-Exchange exchange(int fd, const QByteArray& message, bool isHead, Clock::time_point deadline)
+Exchange readReply(int fd, bool isHead, qsizetype limit, Clock::time_point deadline)
 {
-    sendAll(fd, message, deadline);
     Reader reader(fd, deadline);
-    Exchange result;
-    QList<QByteArray> status;
+    Head head;
     do {  // informational replies (100 Continue) come before the real one
-        status = reader.line().split(' ');
-        if (status.size() < 2 || !status[0].startsWith("HTTP/1."))
-            throw Failure(QStringLiteral("The server sent a reply that is not HTTP."));
-        result.response.status = status[1].toInt();
-        result.keepAlive = status[0] == "HTTP/1.1";
-        qsizetype length = -1;
-        bool chunked = false;
-        for (QByteArray header = reader.line(); !header.isEmpty(); header = reader.line()) {
-            const qsizetype colon = header.indexOf(':');
-            if (colon < 0)
-                continue;
-            const QByteArray name = header.left(colon).trimmed().toLower();
-            const QByteArray value = header.mid(colon + 1).trimmed().toLower();
-            if (name == "content-length")
-                length = value.toLongLong();
-            else if (name == "transfer-encoding" && value.contains("chunked"))
-                chunked = true;
-            else if (name == "connection")
-                result.keepAlive = value != "close" && (result.keepAlive || value == "keep-alive");
-        }
-        if (result.response.status >= 100 && result.response.status < 200)
-            continue;
-        if (isHead || result.response.status == 204 || result.response.status == 304) {
-            // no body
-        } else if (chunked) {
-            for (qsizetype size = reader.line().split(';').front().trimmed().toLongLong(nullptr, 16); size > 0;
-                 size = reader.line().split(';').front().trimmed().toLongLong(nullptr, 16)) {
-                result.response.body += reader.take(size);
-                reader.line();
-            }
-            for (QByteArray trailer = reader.line(); !trailer.isEmpty(); trailer = reader.line()) {
-            }
-        } else if (length >= 0) {
-            result.response.body = reader.take(length);
-        } else {
-            result.response.body = reader.rest();
-            result.keepAlive = false;
-        }
-    } while (result.response.status >= 100 && result.response.status < 200);
-    if (!reader.buffer.isEmpty())
-        result.keepAlive = false;  // more than one reply's worth: do not trust the connection
+        head = readHead(reader);
+    } while (head.status >= 100 && head.status < 200);
+
+    Exchange result;
+    result.response.status = head.status;
+    const bool hasBody = !isHead && head.status != 204 && head.status != 304;
+    const bool untilClose = hasBody && !head.chunked && head.length < 0;
+    if (!hasBody) {
+        // nothing more to read
+    } else if (head.chunked) {
+        result.response.body = readChunkedBody(reader, limit);
+    } else if (head.length >= 0) {
+        if (head.length > limit)
+            throw Failure(tooLarge);  // before reading any of it
+        result.response.body = reader.take(head.length);
+    } else {
+        result.response.body = reader.rest(limit);
+    }
+    // Bytes beyond one reply mean the connection cannot be trusted for the next.
+    result.keepAlive = head.keepAlive && !untilClose && reader.buffer.isEmpty();
     return result;
 }
 
-}  // namespace
-
-HttpResponse sendPlainHttp(const HttpRequest& request)
+QByteArray requestMessage(const HttpRequest& request, const QByteArray& hostAndPort)
 {
-    const Clock::time_point deadline = Clock::now() + request.timeout;
-    const QByteArray host = request.url.host().toUtf8();
-    const int port = request.url.port(80);
-    const QByteArray key = host + ':' + QByteArray::number(port);
-
     QByteArray message = request.method + ' ' + request.url.toEncoded(QUrl::RemoveScheme | QUrl::RemoveAuthority | QUrl::RemoveFragment);
     if (message.endsWith(' '))
         message += '/';
@@ -280,35 +428,52 @@ HttpResponse sendPlainHttp(const HttpRequest& request)
             message += name + ": " + value + "\r\n";
     }
     if (!hasHost)
-        message += "Host: " + key + "\r\n";
+        message += "Host: " + hostAndPort + "\r\n";
     if (!request.body.isEmpty() || request.method == "POST" || request.method == "PUT")
         message += "Content-Length: " + QByteArray::number(request.body.size()) + "\r\n";
     message += "Connection: keep-alive\r\n\r\n" + request.body;
+    return message;
+}
+
+}  // namespace
+
+HttpResponse sendPlainHttp(const HttpRequest& request)
+{
+    const Clock::time_point deadline = Clock::now() + request.timeout;
+    const QByteArray host = request.url.host().toUtf8();
+    const int port = request.url.port(80);
+    const QByteArray key = host + ':' + QByteArray::number(port);
+    const QByteArray message = requestMessage(request, key);
     const bool isHead = request.method == "HEAD";
 
-    // A kept-alive connection may have been closed by the server meanwhile;
-    // then the request goes once more on a new connection.
-    std::optional<int> reused = pool().take(key);
+    // A kept-alive connection that looked open may still have been closed by
+    // the server just now; then the request goes once more, on a new
+    // connection, and never a third time.
+    int sends = 0;
+    std::optional<int> reused = takeOpenConnection(key);
     for (;;) {
-        const bool fresh = !reused;
         int fd = -1;
         try {
             fd = reused ? *reused : connectTo(host, port, deadline);
-            Exchange result = exchange(fd, message, isHead, deadline);
+            ++sends;  // counted before writing: a write that fails halfway may still have arrived
+            sendAll(fd, message, deadline);
+            Exchange result = readReply(fd, isHead, request.maxReplyBytes, deadline);
             if (result.keepAlive)
                 pool().give(key, fd);
             else
                 ::close(fd);
+            result.response.sends = sends;
             return result.response;
         } catch (const Failure& failure) {
             if (fd >= 0)
                 ::close(fd);
-            if (fresh || !failure.beforeReply) {
+            if (!reused || !failure.beforeReply) {
                 HttpResponse response;
                 response.error = failure.why;
+                response.sends = sends;
                 return response;
             }
-            reused = pool().take(key);
+            reused.reset();
         }
     }
 }

@@ -1,22 +1,38 @@
 """The part every raw-socket test server shares: listen on a free 127.0.0.1
 port, hand each connection to serve(conn) on a thread of its own, print
-"listening on 127.0.0.1:PORT" once ready, and run until stdin closes."""
+"listening on 127.0.0.1:PORT" once ready, and run until stdin closes.
+With tls_pem (a file holding a key and its certificate) every connection is
+TLS, for tests of https."""
 
 import socket
+import ssl
 import sys
 import threading
 
 
-def run(serve):
+def run(serve, tls_pem=None):
     server = socket.socket()
     server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
     server.bind(("127.0.0.1", 0))
     server.listen(64)
+    context = None
+    if tls_pem:
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(tls_pem)
+
+    def handle(conn):
+        if context:
+            try:
+                conn = context.wrap_socket(conn, server_side=True)
+            except (ssl.SSLError, OSError):
+                conn.close()
+                return
+        serve(conn)
 
     def accept_loop():
         while True:
             conn, _ = server.accept()
-            threading.Thread(target=serve, args=(conn,), daemon=True).start()
+            threading.Thread(target=handle, args=(conn,), daemon=True).start()
 
     threading.Thread(target=accept_loop, daemon=True).start()
     print("listening on 127.0.0.1:%d" % server.getsockname()[1], flush=True)
