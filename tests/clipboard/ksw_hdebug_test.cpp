@@ -1,11 +1,18 @@
+#include "support/temp_home.h"
+
 #include "lexicorn/clipboard/clipboard.h"
 #include "lexicorn/clipboard/ksw_hdebug.h"
+
+#include "foundation/alerts.h"
+#include "foundation/user_defaults.h"
 
 #include <QObject>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace lexicorn {
 namespace {
@@ -69,6 +76,44 @@ TEST_F(KSWHDebugClipboard, StoppingEndsTheUpdatesAndAllowsListeningAnew)
     KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << QStringLiteral("new:") + text; });
     copyAndPoll(QStringLiteral("after"));
     EXPECT_EQ(updates, QStringList{"new:after"});
+}
+
+const QString exemptionKey = QStringLiteral("KSW_EXEMPTION_3.7.5");
+
+// The disclaimer in a fresh home, with the presenter removed afterwards.
+class KSWHDebugExemption : public ::testing::Test {
+protected:
+    void TearDown() override { setAlertPresenter({}); }
+
+    testing::TempHome home_;
+};
+
+TEST_F(KSWHDebugExemption, IsStoredOnlyOnceTheUserPressedOK)
+{
+    // The dialog stays open: the presenter keeps the completions without calling them.
+    std::vector<std::function<void()>> pending;
+    setAlertPresenter([&](const QString&, const QString&, const QString&, std::function<void()> acknowledged) {
+        pending.push_back(std::move(acknowledged));
+    });
+    KSWHDebug::exemption();
+    ASSERT_EQ(pending.size(), 1u);
+    EXPECT_FALSE(UserDefaults::standard().boolean(exemptionKey));
+
+    // Quitting without pressing OK: the next start shows it again.
+    KSWHDebug::exemption();
+    ASSERT_EQ(pending.size(), 2u);
+
+    ASSERT_TRUE(pending.back());
+    pending.back()();
+    EXPECT_TRUE(UserDefaults::standard().boolean(exemptionKey));
+    KSWHDebug::exemption();
+    EXPECT_EQ(pending.size(), 2u);
+}
+
+TEST_F(KSWHDebugExemption, WithoutAPresenterIsStoredOnceLogged)
+{
+    KSWHDebug::exemption();
+    EXPECT_TRUE(UserDefaults::standard().boolean(exemptionKey));
 }
 
 }  // namespace

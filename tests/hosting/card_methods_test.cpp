@@ -24,7 +24,11 @@ class HostedCards : public testing::CardHome {
 protected:
     void SetUp() override
     {
-        setAlertPresenter([this](const QString&, const QString& message, const QString&) { alerts_.append(message); });
+        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
+            alerts_.append(message);
+            if (acknowledged)
+                acknowledged();
+        });
     }
     void TearDown() override { setAlertPresenter({}); }
     QStringList alerts_;

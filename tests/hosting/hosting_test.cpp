@@ -29,8 +29,12 @@ class Hosting : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        setAlertPresenter([this](const QString& title, const QString& message, const QString& button) {
+        // Each alert is dismissed at once, as if the user pressed its button.
+        setAlertPresenter([this](const QString& title, const QString& message, const QString& button,
+                                 std::function<void()> acknowledged) {
             alerts_.push_back({title, message, button});
+            if (acknowledged)
+                acknowledged();
         });
     }
     void TearDown() override { setAlertPresenter({}); }

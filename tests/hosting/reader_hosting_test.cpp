@@ -32,7 +32,11 @@ class Reader : public ::testing::Test {
 protected:
     void launch(bool withPlugin)
     {
-        setAlertPresenter([](const QString&, const QString&, const QString&) {});
+        // Every alert is dismissed at once, as if the user pressed its button.
+        setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> acknowledged) {
+            if (acknowledged)
+                acknowledged();
+        });
         app_ = host::launchHost(withPlugin ? samplePluginPath : QString());
         ASSERT_EQ(app_.plugin.loaded, withPlugin) << app_.plugin.problem.toStdString();
         ASSERT_TRUE(app_.notebook);

@@ -42,7 +42,11 @@ protected:
     {
         // Many copies of one card: Anki must take notes with the same first field.
         UserDefaults::standard().set(ankiset::duplicate, QStringLiteral("YES"));
-        setAlertPresenter([this](const QString&, const QString& message, const QString&) { alerts_ << message; });
+        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
+            alerts_ << message;
+            if (acknowledged)
+                acknowledged();
+        });
     }
     void TearDown() override { setAlertPresenter({}); }
 

@@ -26,7 +26,11 @@ protected:
     {
         testing::loadSampleDictionary(0);
         // Alerts of the card rebuild would otherwise only be logged.
-        setAlertPresenter([this](const QString&, const QString& message, const QString&) { alerts_ << message; });
+        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
+            alerts_ << message;
+            if (acknowledged)
+                acknowledged();
+        });
     }
     void TearDown() override { setAlertPresenter({}); }
 

@@ -35,8 +35,10 @@ void KSWHDebug::exemption()
                  QStringLiteral("1. Lexicorn 为免费分享的插件, 仅供测试学习使用!\n"
                                 "2. 本插件未直接修改数据库, 理论上是安全的. 但为保险起见, 使用前还请备份数据!. \n"
                                 "3. 对与任何潜在损坏或数据丢失，插件开发者概不负责。请您自己承担使用风险。"),
-                 QStringLiteral("OK"));
-    UserDefaults::standard().set(key, true);
+                 QStringLiteral("OK"),
+                 // Stored only once the user pressed OK: quitting with the alert still open
+                 // must bring it back at the next start.
+                 [] { UserDefaults::standard().set(key, true); });
 }
 
 }  // namespace lexicorn

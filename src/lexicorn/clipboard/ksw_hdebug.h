@@ -21,8 +21,8 @@ public:
     static void pasteboardChangedStop_(QObject* controller);
 
     // Shows the disclaimer once per account: when "KSW_EXEMPTION_3.7.5" is
-    // not yet true, an alert titled "⚠️ 免责声明" with one "OK" button, after
-    // which the key is set.
+    // not yet true, an alert titled "⚠️ 免责声明" with one "OK" button. The
+    // key is set once the user has acknowledged the alert, not when it opens.
     static void exemption();
 
     // Nothing to adjust on this platform.
