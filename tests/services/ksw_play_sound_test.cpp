@@ -5,8 +5,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
 
 namespace lexicorn {
 namespace {
@@ -28,37 +32,70 @@ QStringList strings(const std::vector<QUrl>& urls)
 
 TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
 {
-    TempHome home;
-    home.writeDict(QStringLiteral("a.mp3"), "a");
-    ASSERT_TRUE(QDir(home.path()).mkpath(QStringLiteral("Dict/voices")));
-    home.writeDict(QStringLiteral("voices/b.mp3"), "b");
-    // Files that exist outside Dict, where a crafted reference could point.
-    QFile secret(home.path() + QStringLiteral("/secret"));
-    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
-    secret.close();
+    // Every reference is tried with Dict a real folder and with Dict a symbolic
+    // link to a folder elsewhere ("library"), where the user may keep the files.
+    for (const bool dictIsLink : {false, true}) {
+        SCOPED_TRACE(dictIsLink ? "Dict is a link" : "Dict is a folder");
+        TempHome home;
+        const QString root = QFileInfo(home.path()).canonicalFilePath();
+        QDir rootDir(root);
+        if (dictIsLink) {
+            ASSERT_TRUE(rootDir.rmdir(QStringLiteral("Dict")));
+            ASSERT_TRUE(rootDir.mkdir(QStringLiteral("library")));
+            ASSERT_TRUE(QFile::link(root + QStringLiteral("/library"), root + QStringLiteral("/Dict")));
+        }
+        const QString realDict = root + (dictIsLink ? QStringLiteral("/library/") : QStringLiteral("/Dict/"));
+        home.writeDict(QStringLiteral("a.mp3"), "a");
+        ASSERT_TRUE(rootDir.mkpath(QStringLiteral("Dict/voices")));
+        home.writeDict(QStringLiteral("voices/b.mp3"), "b");
+        // Files that exist outside Dict, where a crafted reference or a link could point.
+        QFile secret(root + QStringLiteral("/secret"));
+        ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+        secret.close();
+        ASSERT_TRUE(rootDir.mkpath(QStringLiteral("outside")));
+        QFile outside(root + QStringLiteral("/outside/c.mp3"));
+        ASSERT_TRUE(outside.open(QIODevice::WriteOnly));
+        outside.close();
+        // Links inside Dict: out of it, and (relative) to places within it.
+        ASSERT_TRUE(QFile::link(root + QStringLiteral("/secret"), home.dictPath(QStringLiteral("secret.mp3"))));
+        ASSERT_TRUE(QFile::link(root + QStringLiteral("/outside"), home.dictPath(QStringLiteral("elsewhere"))));
+        ASSERT_TRUE(QFile::link(QStringLiteral("a.mp3"), home.dictPath(QStringLiteral("alias.mp3"))));
+        ASSERT_TRUE(QFile::link(QStringLiteral("voices"), home.dictPath(QStringLiteral("spoken"))));
 
-    struct Case {
-        QString reference;
-        std::optional<QString> expected;
-    };
-    const Case cases[] = {
-        {QStringLiteral("sound://"), std::nullopt},
-        {QStringLiteral("sound://a.mp3"), home.dictPath(QStringLiteral("a.mp3"))},
-        {QStringLiteral("sound://voices/b.mp3"), home.dictPath(QStringLiteral("voices/b.mp3"))},
-        {QStringLiteral("sound://missing.mp3"), std::nullopt},
-        {QStringLiteral("sound://voices"), std::nullopt},
-        {QStringLiteral("SOUND://a.mp3"), std::nullopt},
-        {QStringLiteral("Sound://a.mp3"), std::nullopt},
-        {QStringLiteral("sound:/a.mp3"), std::nullopt},
-        {QStringLiteral(" sound://a.mp3"), std::nullopt},
-        {QStringLiteral("a.mp3"), std::nullopt},
-        {QStringLiteral("sound://../secret"), std::nullopt},
-        {QStringLiteral("sound://voices/../../secret"), std::nullopt},
-        {QStringLiteral("sound://") + home.path() + QStringLiteral("/secret"), std::nullopt},
-        {QStringLiteral("sound://") + home.dictPath(QStringLiteral("a.mp3")), std::nullopt},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(KSWPlaySound::localSoundPathWith_(c.reference), c.expected) << c.reference.toStdString();
+        struct Case {
+            QString reference;
+            std::optional<QString> expected;  // relative to Dict's real folder
+        };
+        const Case cases[] = {
+            {QStringLiteral("sound://"), std::nullopt},
+            {QStringLiteral("sound://a.mp3"), QStringLiteral("a.mp3")},
+            {QStringLiteral("sound://voices/b.mp3"), QStringLiteral("voices/b.mp3")},
+            {QStringLiteral("sound://missing.mp3"), std::nullopt},
+            {QStringLiteral("sound://voices"), std::nullopt},
+            {QStringLiteral("SOUND://a.mp3"), std::nullopt},
+            {QStringLiteral("Sound://a.mp3"), std::nullopt},
+            {QStringLiteral("sound:/a.mp3"), std::nullopt},
+            {QStringLiteral(" sound://a.mp3"), std::nullopt},
+            {QStringLiteral("a.mp3"), std::nullopt},
+            {QStringLiteral("sound://../secret"), std::nullopt},
+            {QStringLiteral("sound://voices/../../secret"), std::nullopt},
+            {QStringLiteral("sound://") + home.path() + QStringLiteral("/secret"), std::nullopt},
+            {QStringLiteral("sound://") + home.dictPath(QStringLiteral("a.mp3")), std::nullopt},
+            {QStringLiteral("sound://secret.mp3"), std::nullopt},
+            {QStringLiteral("sound://elsewhere/c.mp3"), std::nullopt},
+            {QStringLiteral("sound://alias.mp3"), QStringLiteral("a.mp3")},
+            {QStringLiteral("sound://spoken/b.mp3"), QStringLiteral("voices/b.mp3")},
+            {QStringLiteral("sound://spoken"), std::nullopt},
+        };
+        // Compared as text, so that a failure shows readable paths.
+        const auto shown = [](const std::optional<QString>& path) {
+            return path ? path->toStdString() : std::string("(nothing)");
+        };
+        for (const Case& c : cases) {
+            const std::optional<QString> expected = c.expected ? std::optional(realDict + *c.expected) : std::nullopt;
+            EXPECT_EQ(shown(KSWPlaySound::localSoundPathWith_(c.reference)), shown(expected)) << c.reference.toStdString();
+        }
+    }
 }
 
 TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)

@@ -92,14 +92,24 @@ std::optional<QString> KSWPlaySound::localSoundPathWith_(const QString& referenc
     const QString name = reference.mid(scheme.size());
     if (QDir::isAbsolutePath(name))
         return std::nullopt;
-    // A reference comes from a dictionary file; it must not reach files outside Dict.
+    // A reference comes from a dictionary file; it must not reach files outside Dict,
+    // whose file is then sent to Anki. The name alone must stay inside ...
     const QString dict = QDir::cleanPath(homeDirectory() + QStringLiteral("/Dict"));
     const QString path = QDir::cleanPath(dict + u'/' + name);
     if (!path.startsWith(dict + u'/'))
         return std::nullopt;
-    if (!QFileInfo(path).isFile())
+    // ... and so must the file it really leads to, since a symbolic link inside Dict
+    // (the file's own, or a folder's on the way) may point anywhere. Dict itself may
+    // be a link to wherever the user keeps the files: compared is its real place.
+    const QString realDict = QFileInfo(dict).canonicalFilePath();
+    const QString realPath = QFileInfo(path).canonicalFilePath();
+    if (realDict.isEmpty() || realPath.isEmpty())
         return std::nullopt;
-    return path;
+    const QString inside = realDict.endsWith(u'/') ? realDict : realDict + u'/';
+    if (!realPath.startsWith(inside) || !QFileInfo(realPath).isFile())
+        return std::nullopt;
+    // The real path, so that what is opened is the file checked here.
+    return realPath;
 }
 
 }  // namespace lexicorn

@@ -49,8 +49,10 @@ public:
     void playSoundWithWord_(const QString& word);
 
     // The file a "sound://NAME" reference of a dictionary entry points to:
-    // Dict/NAME under the home folder, when that file exists. Nothing for any
-    // other reference, including one that would lead out of the Dict folder.
+    // Dict/NAME under the home folder, when that is a regular file, given as
+    // its real path (symbolic links resolved). Nothing for any other
+    // reference, including one that would lead out of the Dict folder by its
+    // name or through a symbolic link; Dict itself may be a link.
     static std::optional<QString> localSoundPathWith_(const QString& reference);
 
     // Called on the main thread when the check after playSoundWithWord_ ends;
