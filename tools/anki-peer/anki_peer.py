@@ -3,39 +3,101 @@
 Anki collection, for Lexicorn's integration tests.
 
     anki-peer --collection DIR [--port 0] [--host 127.0.0.1] [--verbose]
+              [--cards-in-note-type-deck] [--add-delay SECONDS]
+              [--media-delay SECONDS]
+              [--client-timeout SECONDS]
 
 Opens (creating) DIR/collection.anki2, prints one line
 "listening on HOST:PORT", and serves until SIGTERM/SIGINT or until stdin
 closes, so a test that dies takes its server with it.
+
+It serves like the add-on does inside Anki: on one thread, one request per
+connection, each request run to its end before the next one starts, the
+connection closed after the reply (which says nothing about keep-alive). A
+client that has not sent its whole request within --client-timeout seconds
+(10) is dropped.
+
+Switches that make it behave like add-on versions seen in the wild, or like
+a slow collection; each can be set at start by its flag, or at any time by
+the "peerSwitches" action, which is ours, not AnkiConnect's:
+
+    cardsInNoteTypeDeck (--cards-in-note-type-deck): addNote puts the cards
+        in the deck the note type remembers (Default when it remembers
+        none) instead of the named deck, which must still exist.
+    addDelay (--add-delay SECONDS): every addNote first sleeps this long,
+        holding up every other request; the note is added and the reply
+        sent even if the client has given up meanwhile.
+    mediaDelay (--media-delay SECONDS): storeMediaFile sleeps this long
+        before it stores a file (a slow download of a "url", or a slow
+        disk), holding up every other request.
+
+    {"action": "peerSwitches", "params": {"addDelay": 1.5}} sets the named
+    switches, leaves the others, and returns all of them.
 """
 
 import argparse
 import base64
+import fnmatch
 import json
+import math
 import os
-import threading
+import sys
+import time
 import urllib.request
-from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 from anki.collection import Collection, SearchNode
 from anki.consts import MODEL_CLOZE
 from anki.errors import NotFoundError
 from anki.notes import Note, NoteFieldsCheckResult
 
-from serving import serve_until_stopped
+from serving import CLIENT_TIMEOUT, OneAtATimeServer, announce, stop_signal
 
 API_VERSION = 6
-
-
+MEDIA_DOWNLOAD_TIMEOUT = 10  # seconds, as the add-on allows a download
 class ActionError(Exception):
     """An error reported to the client in the reply's "error" member."""
+
+
+def _seconds(value):
+    return (isinstance(value, (int, float)) and not isinstance(value, bool)
+            and math.isfinite(value) and value >= 0)
+
+
+class Switches:
+    """The behaviours a test can turn on (see the module's description)."""
+
+    CHECKS = {
+        "cardsInNoteTypeDeck": (lambda v: isinstance(v, bool), "true or false"),
+        "addDelay": (_seconds, "a number of seconds, 0 or more"),
+        "mediaDelay": (_seconds, "a number of seconds, 0 or more"),
+    }
+
+    def __init__(self, **initial):
+        self.values = {"cardsInNoteTypeDeck": False, "addDelay": 0,
+                       "mediaDelay": 0}
+        self.update(initial)
+
+    def update(self, changes):
+        # All or nothing: one bad switch leaves every switch as it was.
+        for name, value in changes.items():
+            if name not in self.CHECKS:
+                raise ActionError(f"unknown peer switch: {name}")
+            valid, wanted = self.CHECKS[name]
+            if not valid(value):
+                raise ActionError(f"peer switch {name} needs {wanted}")
+        self.values.update(changes)
+
+    def __getitem__(self, name):
+        return self.values[name]
 
 
 class Actions:
     """One method per supported action; params arrive as keyword arguments."""
 
-    def __init__(self, col: Collection):
+    def __init__(self, col: Collection, switches: Switches):
         self.col = col
+        self.switches = switches
+        self.requests_answered = 0  # counts every request with an action
 
     # --- lookups shared by several actions ---------------------------------
 
@@ -58,11 +120,28 @@ class Actions:
             raise ActionError(f"note was not found: {note_id}") from None
 
     @staticmethod
-    def _set_fields(note, fields):
+    def _any_case(note):
+        """addNote's field lookup: "word" names the field "Word"."""
+        names = {name.lower(): name for name in note.keys()}
+        return lambda name: names.get(name.lower())
+
+    @staticmethod
+    def _exact_case(note):
+        """updateNoteFields' field lookup: "word" does not name "Word"."""
+        return lambda name: name if name in note else None
+
+    @staticmethod
+    def _set_fields(note, fields, field_named):
+        # Names that match no field (and "") are passed over, not refused.
         for name, value in fields.items():
-            if name not in note:
-                raise ActionError(f"field was not found in model: {name}")
-            note[name] = value
+            field = field_named(name) if name else None
+            if field is not None:
+                note[field] = value
+
+    def _note_type_deck(self, model):
+        """The deck the note type remembers, or Default (id 1)."""
+        did = model.get("did") or 1
+        return did if self.col.decks.get(did, default=False) else 1
 
     # --- actions ------------------------------------------------------------
 
@@ -136,13 +215,19 @@ class Actions:
         return out
 
     def addNote(self, note):
+        if self.switches["addDelay"]:
+            # Blocks the whole server, as a slow collection blocks Anki.
+            time.sleep(self.switches["addDelay"])
         model = self._model(note.get("modelName"))
         deck_name = note.get("deckName")
         did = self._deck_id(deck_name)
+        if self.switches["cardsInNoteTypeDeck"]:
+            did = self._note_type_deck(model)
         new = Note(self.col, model)
-        self._set_fields(new, note.get("fields", {}))
+        field_named = self._any_case(new)
+        self._set_fields(new, note.get("fields") or {}, field_named)
         new.tags = list(note.get("tags", []))
-        self._attach_media(new, note)
+        self._attach_media(new, note, field_named)
         self._check_addable(new, model, deck_name, note.get("options") or {})
         self.col.add_note(new, did)
         return new.id
@@ -181,9 +266,10 @@ class Actions:
         if duplicate:
             raise ActionError("cannot create note because it is a duplicate")
 
-    def _attach_media(self, note, params):
+    def _attach_media(self, note, params, field_named):
         """Stores each "audio"/"video"/"picture" item and appends a reference
-        to it to the fields the item names."""
+        to it to the fields the item names (looked up as the action looks
+        up its own fields; unknown ones are passed over)."""
         for kind in ("audio", "video", "picture"):
             items = params.get(kind) or []
             if isinstance(items, dict):
@@ -196,16 +282,16 @@ class Actions:
                 ref = (f'<img src="{name}">' if kind == "picture"
                        else f"[sound:{name}]")
                 fields = item.get("fields") or []
-                for field in [fields] if isinstance(fields, str) else fields:
-                    if field not in note:
-                        raise ActionError(
-                            f"field was not found in model: {field}")
-                    note[field] += ref
+                for name in [fields] if isinstance(fields, str) else fields:
+                    field = field_named(name) if name else None
+                    if field is not None:
+                        note[field] += ref
 
     def updateNoteFields(self, note):
         existing = self._note(note["id"])
-        self._set_fields(existing, note.get("fields", {}))
-        self._attach_media(existing, note)
+        field_named = self._exact_case(existing)
+        self._set_fields(existing, note.get("fields") or {}, field_named)
+        self._attach_media(existing, note, field_named)
         self.col.update_note(existing)
         return None
 
@@ -215,6 +301,8 @@ class Actions:
 
     def storeMediaFile(self, filename, data=None, path=None, url=None,
                        deleteExisting=True):
+        if self.switches["mediaDelay"]:
+            time.sleep(self.switches["mediaDelay"])
         if data is not None:
             content = base64.b64decode(data)
         elif path is not None:
@@ -224,17 +312,71 @@ class Actions:
             # No proxies: the files a test serves live on this machine.
             opener = urllib.request.build_opener(
                 urllib.request.ProxyHandler({}))
-            with opener.open(url, timeout=30) as resp:
+            with opener.open(url, timeout=MEDIA_DOWNLOAD_TIMEOUT) as resp:
                 content = resp.read()
         else:
             raise ActionError(
                 'storeMediaFile needs one of "data", "path" or "url"')
+        # The engine names the file as Anki does (this version lower-cases
+        # it) and returns that name.
         if deleteExisting and self.col.media.have(filename):
             self.col.media.trash_files([filename])
         return self.col.media.write_data(filename, content)
 
+    def getMediaFilesNames(self, pattern="*"):
+        folder = self.col.media.dir()
+        return sorted(
+            name for name in os.listdir(folder)
+            if fnmatch.fnmatchcase(name, pattern)
+            and os.path.isfile(os.path.join(folder, name)))
+
+    def findCards(self, query):
+        return list(self.col.find_cards(query))
+
+    def changeDeck(self, cards, deck):
+        self.col.set_deck(cards, self.col.decks.id(deck))
+        return None
+
+    def cardsInfo(self, cards):
+        out = []
+        for cid in cards:
+            try:
+                card = self.col.get_card(cid)
+            except NotFoundError:
+                out.append({})
+                continue
+            note = card.note()
+            model = note.note_type()
+            out.append({
+                "cardId": card.id,
+                "note": card.nid,
+                "deckName": self.col.decks.name(card.did),
+                "modelName": model["name"],
+                "ord": card.ord,
+                "fields": {f["name"]: {"value": note.fields[f["ord"]],
+                                       "order": f["ord"]}
+                           for f in model["flds"]},
+                "type": card.type,
+                "queue": card.queue,
+                "due": card.due,
+                "interval": card.ivl,
+                "mod": card.mod,
+            })
+        return out
+
     def multi(self, actions):
         return [run_nested(self, a) for a in actions]
+
+    def peerSwitches(self, **switches):
+        """Ours, not AnkiConnect's: sets the named switches and returns all
+        of them."""
+        self.switches.update(switches)
+        return dict(self.switches.values)
+
+    def peerRequests(self):
+        """Ours, not AnkiConnect's: how many requests have been answered
+        before this one (for benchmarks)."""
+        return self.requests_answered - 1
 
 
 def run(actions, name, params):
@@ -266,45 +408,30 @@ def message_of(exc):
     return str(exc) or type(exc).__name__
 
 
-class Handler(BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-    disable_nagle_algorithm = True
+def respond(actions, request, log):
+    """The reply to one HTTP request: (payload, content type)."""
+    if request.method != "POST" or not request.body.strip():
+        log(f"{request.method} {request.path}")
+        return f"AnkiConnect v.{API_VERSION}".encode(), "text/plain"
+    try:
+        body = json.loads(request.body)
+        if not isinstance(body, dict) or "action" not in body:
+            raise ActionError('request must be a JSON object with an '
+                              '"action"')
+        log(f"POST {body['action']}")
+        actions.requests_answered += 1
+        result = run(actions, body["action"], body.get("params") or {})
+        reply = {"result": result, "error": None}
+    except Exception as e:  # noqa: BLE001 - every failure is reported
+        reply = {"result": None, "error": message_of(e)}
+    return json.dumps(reply).encode(), "application/json"
 
-    def version_string(self):
-        return "anki-peer"
 
-    def do_POST(self):
-        length = int(self.headers.get("Content-Length") or 0)
-        body = self.rfile.read(length) if length else b""
-        if not body.strip():
-            self.do_GET()
-            return
-        try:
-            request = json.loads(body)
-            if not isinstance(request, dict) or "action" not in request:
-                raise ActionError('request must be a JSON object with an '
-                                  '"action"')
-            with self.server.lock:
-                result = run(self.server.actions, request["action"],
-                             request.get("params") or {})
-            reply = {"result": result, "error": None}
-        except Exception as e:  # noqa: BLE001 - every failure is reported
-            reply = {"result": None, "error": message_of(e)}
-        self._send(json.dumps(reply).encode(), "application/json")
-
-    def do_GET(self):
-        self._send(f"AnkiConnect v.{API_VERSION}".encode(), "text/plain")
-
-    def _send(self, payload, content_type):
-        self.send_response(200)
-        self.send_header("Content-Type", content_type)
-        self.send_header("Content-Length", str(len(payload)))
-        self.end_headers()
-        self.wfile.write(payload)
-
-    def log_message(self, format, *args):
-        if self.server.verbose:
-            super().log_message(format, *args)
+def seconds(text):
+    value = float(text)
+    if not _seconds(value):
+        raise argparse.ArgumentTypeError(f"not a number of seconds: {text}")
+    return value
 
 
 def main():
@@ -315,21 +442,39 @@ def main():
     ap.add_argument("--port", type=int, default=0, help="0 picks a free port")
     ap.add_argument("--verbose", action="store_true",
                     help="log every request to stderr")
+    ap.add_argument("--cards-in-note-type-deck", action="store_true",
+                    help="addNote puts the cards in the note type's deck, "
+                         "not the named one")
+    ap.add_argument("--add-delay", type=seconds, default=0,
+                    metavar="SECONDS", help="every addNote sleeps this long")
+    ap.add_argument("--media-delay", type=seconds, default=0,
+                    metavar="SECONDS",
+                    help="storeMediaFile sleeps this long before storing")
+    ap.add_argument("--client-timeout", type=seconds, default=CLIENT_TIMEOUT,
+                    metavar="SECONDS",
+                    help="drop a client whose request is not whole by then")
     args = ap.parse_args()
+
+    switches = Switches(cardsInNoteTypeDeck=args.cards_in_note_type_deck,
+                        addDelay=args.add_delay, mediaDelay=args.media_delay)
+
+    def log(message):
+        if args.verbose:
+            print(f"anki-peer: {message}", file=sys.stderr, flush=True)
 
     os.makedirs(args.collection, exist_ok=True)
     col = Collection(os.path.join(args.collection, "collection.anki2"))
-
-    server = ThreadingHTTPServer((args.host, args.port), Handler)
-    server.lock = threading.Lock()
-    server.actions = Actions(col)
-    server.verbose = args.verbose
-    serve_until_stopped(server)
-    # Waits for a request in progress and keeps later ones off the closed
-    # collection until the process exits.
-    server.lock.acquire()
+    actions = Actions(col, switches)
+    stop = stop_signal()
+    server = OneAtATimeServer(
+        args.host, args.port, lambda request: respond(actions, request, log),
+        client_timeout=args.client_timeout, log=log)
+    announce(server.server_address)
+    # Requests run on this thread, so none is in progress once serve()
+    # returns and the collection can close.
+    server.serve(stop)
+    server.close()
     col.close()
-    server.server_close()
 
 
 if __name__ == "__main__":

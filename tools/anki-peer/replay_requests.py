@@ -4,16 +4,17 @@ from Python: the baseline of the batch benchmark (stdlib only).
 
     replay_requests.py record --upstream http://127.0.0.1:PORT --out FILE
         A proxy on a free loopback port. Prints "listening on HOST:PORT",
-        passes every request on to the upstream server over one kept-alive
-        connection per client connection, and appends each request body to
-        FILE as one line of JSON. Runs until stdin closes or SIGTERM.
+        passes every request on to the upstream server, each on a new
+        connection, and appends each request body to FILE as one line of
+        JSON. Like the add-on, it closes the client's connection after each
+        reply. Runs until stdin closes or SIGTERM.
 
     replay_requests.py replay --url http://127.0.0.1:PORT --requests FILE
-        Reads FILE, then sends its requests in order over one kept-alive
-        connection, each serialised with json.dumps (compact UTF-8, the
-        same bytes the client sent) and each reply parsed with json.loads,
-        as a Python client would. Stops on the first reply
-        with an error. Prints "seconds S requests N adds A" (A: addNote
+        Reads FILE, then sends its requests in order, each on a new
+        connection (the add-on closes the connection after every reply),
+        each serialised with json.dumps (compact UTF-8, the same bytes the
+        client sent) and each reply parsed with json.loads, as a Python
+        client would. Stops on the first reply with an error. Prints "seconds S requests N adds A" (A: addNote
         requests) and one "action NAME COUNT" line per action.
 """
 
@@ -32,9 +33,19 @@ from serving import serve_until_stopped
 HEADERS = {"Content-Type": "application/json"}
 
 
-def connect(url):
+def post(url, body):
+    """Sends one request on a new connection; returns (status, content
+    type, payload)."""
     parts = urllib.parse.urlsplit(url)
-    return http.client.HTTPConnection(parts.hostname, parts.port or 80)
+    conn = http.client.HTTPConnection(parts.hostname, parts.port or 80)
+    try:
+        conn.request("POST", "/", body, HEADERS)
+        reply = conn.getresponse()
+        return (reply.status, reply.getheader("Content-Type",
+                                              "application/json"),
+                reply.read())
+    finally:
+        conn.close()
 
 
 def record(args):
@@ -56,17 +67,14 @@ def record(args):
                 with lock:
                     out.write(line + "\n")
                     out.flush()
-            if not hasattr(self, "upstream"):
-                self.upstream = connect(args.upstream)
-            self.upstream.request("POST", "/", body, HEADERS)
-            reply = self.upstream.getresponse()
-            payload = reply.read()
-            self.send_response(reply.status)
-            self.send_header("Content-Type",
-                             reply.getheader("Content-Type", "application/json"))
+            status, content_type, payload = post(args.upstream, body)
+            self.send_response_only(status)
+            self.send_header("Content-Type", content_type)
             self.send_header("Content-Length", str(len(payload)))
             self.end_headers()
             self.wfile.write(payload)
+            # Closed without a "Connection: close", as the add-on does.
+            self.close_connection = True
 
         def log_message(self, format, *args):
             pass
@@ -81,16 +89,13 @@ def replay(args):
     with open(args.requests, encoding="utf-8") as f:
         requests = [json.loads(line) for line in f if line.strip()]
     actions = collections.Counter(r.get("action") for r in requests)
-    conn = connect(args.url)
     start = time.perf_counter()
     for request in requests:
         body = json.dumps(request, ensure_ascii=False, separators=(",", ":"))
-        conn.request("POST", "/", body.encode(), HEADERS)
-        reply = json.loads(conn.getresponse().read())
+        reply = json.loads(post(args.url, body.encode())[2])
         if reply.get("error") is not None:
             sys.exit(f"{request.get('action')}: {reply['error']}")
     seconds = time.perf_counter() - start
-    conn.close()
     print(f"seconds {seconds:.3f} requests {len(requests)} "
           f"adds {actions.get('addNote', 0)}")
     for name, count in sorted(actions.items()):

@@ -1,18 +1,22 @@
 """Tests for anki-peer. Run with the venv's python:
 
-    /opt/lexicorn/anki-peer-venv/bin/python tools/anki-peer/test_anki_peer.py
+    /opt/lexicorn/anki-peer-venv/bin/python -m unittest discover \
+        -s tools/anki-peer -p 'test_*.py'
 """
 
 import base64
+import contextlib
 import http.client
 import http.server
 import json
 import os
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 from anki.collection import Collection
@@ -22,25 +26,23 @@ FIELDS = ["Expression", "Sentence", "Reading", "ExtraInfo", "Definition",
           "URL", "Definitions", "Audio"]
 MODEL = "Lexicorn Word"
 HANG_GUARD = 60  # seconds; only stops a hung test, never judges speed
+SWITCHES_OFF = {"cardsInNoteTypeDeck": False, "addDelay": 0,
+                "mediaDelay": 0}
 
 
 class Peer:
     """An anki-peer subprocess on a free port with its own collection."""
 
-    def __init__(self):
+    def __init__(self, *flags):
         self.dir = tempfile.TemporaryDirectory()
         self.collection = os.path.join(self.dir.name, "col")
         self.proc = subprocess.Popen(
             [sys.executable, os.path.join(HERE, "anki_peer.py"),
-             "--collection", self.collection, "--port", "0"],
+             "--collection", self.collection, "--port", "0", *flags],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.banner = self.proc.stdout.readline().strip()
         self.port = int(self.banner.rsplit(":", 1)[1])
         self.media = os.path.join(self.collection, "collection.media")
-
-    def connect(self):
-        return http.client.HTTPConnection("127.0.0.1", self.port,
-                                          timeout=HANG_GUARD)
 
     def stop(self, how="stdin"):
         if how == "stdin":
@@ -54,22 +56,63 @@ class Peer:
         return code
 
 
-def post(conn, body):
-    """Sends one raw body; returns the decoded JSON reply."""
-    conn.request("POST", "/", body=body,
-                 headers={"Content-Type": "application/json"})
-    resp = conn.getresponse()
-    data = resp.read()
+def post(port, body, timeout=HANG_GUARD):
+    """Sends one raw body on a new connection; returns the decoded JSON
+    reply."""
+    conn = http.client.HTTPConnection("127.0.0.1", port, timeout=timeout)
+    try:
+        conn.request("POST", "/", body=body,
+                     headers={"Content-Type": "application/json"})
+        resp = conn.getresponse()
+        data = resp.read()
+    finally:
+        conn.close()
     assert resp.status == 200, resp.status
     assert resp.getheader("Content-Type") == "application/json"
     return json.loads(data)
+
+
+def request_bytes(action, **params):
+    body = json.dumps({"action": action, "version": 6, "params": params})
+    return (f"POST / HTTP/1.1\r\nHost: 127.0.0.1\r\n"
+            f"Content-Length: {len(body.encode())}\r\n\r\n{body}").encode()
+
+
+def read_to_end(sock):
+    received = b""
+    while chunk := sock.recv(65536):
+        received += chunk
+    return received
+
+
+def exchange(port, *pieces):
+    """Sends the pieces of one request on a new connection, with a pause
+    between them so that they are likely to arrive apart; returns all the
+    peer sent before it closed the connection."""
+    with socket.create_connection(("127.0.0.1", port),
+                                  timeout=HANG_GUARD) as sock:
+        for n, piece in enumerate(pieces):
+            if n:
+                time.sleep(0.2)
+            sock.sendall(piece)
+        return read_to_end(sock)
+
+
+def parse_reply(raw):
+    """(status line, {lower-cased header: value}, body) of one reply."""
+    head, _, body = raw.partition(b"\r\n\r\n")
+    status, *lines = head.decode("latin-1").split("\r\n")
+    headers = {}
+    for line in lines:
+        name, _, value = line.partition(":")
+        headers[name.strip().lower()] = value.strip()
+    return status, headers, body
 
 
 class PeerTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.peer = Peer()
-        cls.conn = cls.peer.connect()
         cls.must("createModel", modelName=MODEL, inOrderFields=FIELDS,
                  css=".card { font-family: serif; }",
                  cardTemplates=[{"Name": "Recognise",
@@ -78,14 +121,13 @@ class PeerTest(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        cls.conn.close()
         cls.peer.stop()
         cls.peer.dir.cleanup()
 
     @classmethod
-    def call(cls, action, **params):
-        return post(cls.conn, json.dumps(
-            {"action": action, "version": 6, "params": params}))
+    def call(cls, action, timeout=HANG_GUARD, **params):
+        return post(cls.peer.port, json.dumps(
+            {"action": action, "version": 6, "params": params}), timeout)
 
     @classmethod
     def must(cls, action, **params):
@@ -93,10 +135,23 @@ class PeerTest(unittest.TestCase):
         assert reply["error"] is None, (action, reply)
         return reply["result"]
 
+    @contextlib.contextmanager
+    def switched(self, **switches):
+        self.must("peerSwitches", **switches)
+        try:
+            yield
+        finally:
+            self.must("peerSwitches", **SWITCHES_OFF)
+
     def add(self, deck, first, model=MODEL, **extra):
         note = {"deckName": deck, "modelName": model,
                 "fields": {"Expression": first}, **extra}
         return self.call("addNote", note=note)
+
+    def deck_of_cards(self, note_id):
+        [info] = self.must("notesInfo", notes=[note_id])
+        return [c["deckName"]
+                for c in self.must("cardsInfo", cards=info["cards"])]
 
     # ------------------------------------------------------------------
 
@@ -123,10 +178,14 @@ class PeerTest(unittest.TestCase):
             ("note ids of nothing",
              '{"action": "notesInfo", "params": {"notes": []}}',
              {"result": [], "error": None}),
+            ("missing note named",
+             '{"action": "updateNoteFields", "params": '
+             '{"note": {"id": 12345, "fields": {"Sentence": "x"}}}}',
+             {"result": None, "error": "note was not found: 12345"}),
         ]
         for name, body, want in cases:
             with self.subTest(name):
-                self.assertEqual(post(self.conn, body), want)
+                self.assertEqual(post(self.peer.port, body), want)
 
     def test_bad_requests_get_an_error(self):
         cases = [
@@ -137,32 +196,70 @@ class PeerTest(unittest.TestCase):
             ("unexpected param", '{"action": "version", "params": {"x": 1}}'),
             ("bad search", '{"action": "findNotes", "params": '
                            '{"query": "deck:\\"unterminated"}}'),
-            ("missing note", '{"action": "updateNoteFields", "params": '
-                             '{"note": {"id": 1, "fields": {}}}}'),
             ("media without content", '{"action": "storeMediaFile", '
                                       '"params": {"filename": "x.mp3"}}'),
         ]
         for name, body in cases:
             with self.subTest(name):
-                reply = post(self.conn, body)
+                reply = post(self.peer.port, body)
                 self.assertIsNone(reply["result"])
                 self.assertIsInstance(reply["error"], str)
                 self.assertTrue(reply["error"])
         # The server is still fine afterwards.
         self.assertEqual(self.must("version"), 6)
 
-    def test_missing_note_is_named(self):
-        reply = self.call("updateNoteFields",
-                          note={"id": 12345, "fields": {"Sentence": "x"}})
-        self.assertEqual(reply["error"], "note was not found: 12345")
+    def test_one_reply_per_connection(self):
+        version = request_bytes("version")
+        split = version.index(b"\r\n\r\n") + 10
+        cases = [
+            ("action", [version], "application/json",
+             b'{"result": 6, "error": null}'),
+            ("action arriving in pieces",
+             [version[:20], version[20:split], version[split:]],
+             "application/json", b'{"result": 6, "error": null}'),
+            ("bare GET", [b"GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n"],
+             "text/plain", b"AnkiConnect v.6"),
+            ("empty POST", [b"POST / HTTP/1.1\r\nContent-Length: 0\r\n\r\n"],
+             "text/plain", b"AnkiConnect v.6"),
+        ]
+        for name, pieces, content_type, body in cases:
+            with self.subTest(name):
+                # exchange() reads until the peer closes the connection.
+                status, headers, got = parse_reply(
+                    exchange(self.peer.port, *pieces))
+                self.assertEqual(status, "HTTP/1.1 200 OK")
+                # Nothing about keep-alive, not even "Connection: close".
+                self.assertEqual(headers, {"content-type": content_type,
+                                           "content-length": str(len(body))})
+                self.assertEqual(got, body)
 
-    def test_bare_get_and_empty_post(self):
-        for method in ("GET", "POST"):
-            with self.subTest(method):
-                self.conn.request(method, "/")
-                resp = self.conn.getresponse()
-                self.assertEqual(resp.status, 200)
-                self.assertIn(b"AnkiConnect", resp.read())
+        # A client that keeps the connection for a second request finds it
+        # closed; a new connection works.
+        conn = http.client.HTTPConnection("127.0.0.1", self.peer.port,
+                                          timeout=HANG_GUARD)
+        try:
+            conn.request("POST", "/", '{"action": "version"}')
+            self.assertEqual(json.loads(conn.getresponse().read())["result"],
+                             6)
+            with self.assertRaises((http.client.RemoteDisconnected,
+                                    ConnectionResetError, BrokenPipeError)):
+                conn.request("POST", "/", '{"action": "version"}')
+                conn.getresponse().read()
+        finally:
+            conn.close()
+        self.assertEqual(self.must("version"), 6)
+
+    def test_unfinished_request_does_not_hold_up_others(self):
+        cases = [
+            ("headers cut short", b"POST / HTTP/1.1\r\nContent-Le"),
+            ("body cut short",
+             b"POST / HTTP/1.1\r\nContent-Length: 40\r\n\r\n{\"action\""),
+        ]
+        for name, partial in cases:
+            with self.subTest(name), socket.create_connection(
+                    ("127.0.0.1", self.peer.port)) as stalled:
+                stalled.sendall(partial)
+                self.assertEqual(self.must("version"), 6)
 
     def test_decks(self):
         did = self.must("createDeck", deck="Decks::Child")
@@ -264,10 +361,6 @@ class PeerTest(unittest.TestCase):
             with self.subTest(name):
                 self.assertEqual(self.call("addNote", note=note),
                                  {"result": None, "error": error})
-        reply = self.call("addNote", note={
-            "deckName": "Lookups", "modelName": MODEL,
-            "fields": {"Expression": "a", "Pinyin": "x"}})
-        self.assertIn("Pinyin", reply["error"])
 
     def test_find_notes(self):
         self.must("createDeck", deck="Find One")
@@ -347,13 +440,6 @@ class PeerTest(unittest.TestCase):
                               url=url + "/missing.mp3")
             self.assertIsNotNone(reply["error"])
 
-    def test_store_media_replaces_by_default(self):
-        for content in (b"first", b"second"):
-            self.must("storeMediaFile", filename="again.mp3",
-                      data=base64.b64encode(content).decode())
-        with open(os.path.join(self.peer.media, "again.mp3"), "rb") as f:
-            self.assertEqual(f.read(), b"second")
-
     def test_add_note_with_audio(self):
         self.must("createDeck", deck="Audio")
         with FileServer({"/say.mp3": b"ID3 hello"}) as url:
@@ -387,21 +473,239 @@ class PeerTest(unittest.TestCase):
                                       "error": "deck was not found: Nope"})
         self.assertEqual(results[3], {"result": [results[1]], "error": None})
 
-    def test_keep_alive(self):
-        conn = self.peer.connect()
-        other = self.peer.connect()
+    def test_field_names_in_add_and_update(self):
+        # addNote looks names up in any case, updateNoteFields only in the
+        # field's own; both pass over names that match no field, and "".
+        self.must("createDeck", deck="Names")
+        cases = [  # action, fields sent, fields afterwards (None: refused)
+            ("addNote", {"expression": "k1", "SENTENCE": "s"},
+             {"Expression": "k1", "Sentence": "s"}),
+            ("addNote", {"Expression": "k2", "Pinyin": "x", "": "y"},
+             {"Expression": "k2"}),
+            ("addNote", {"pinyin": "k3", "": "k3"}, None),
+            ("updateNoteFields", {"Sentence": "new"}, {"Sentence": "new"}),
+            ("updateNoteFields", {"sentence": "new", "DEFINITION": "d",
+                                  "Pinyin": "x", "": "y"}, {}),
+            ("updateNoteFields", {"definition": "no", "Definition": "d"},
+             {"Definition": "d"}),
+        ]
+        for n, (action, fields, after) in enumerate(cases):
+            with self.subTest(action=action, fields=fields):
+                if action == "addNote":
+                    reply = self.add("Names", None, fields=fields)
+                    nid = reply["result"]
+                else:
+                    before = {"Expression": f"u{n}", "Sentence": "s"}
+                    nid = self.must("addNote", note={
+                        "deckName": "Names", "modelName": MODEL,
+                        "fields": before})
+                    reply = self.call("updateNoteFields",
+                                      note={"id": nid, "fields": fields})
+                    after = {**before, **after}
+                if after is None:
+                    self.assertEqual(reply["error"], "cannot create note "
+                                                     "because it is empty")
+                    continue
+                self.assertIsNone(reply["error"])
+                [info] = self.must("notesInfo", notes=[nid])
+                self.assertEqual(
+                    {k: v["value"] for k, v in info["fields"].items()},
+                    {f: after.get(f, "") for f in FIELDS})
+
+    def test_media_file_names(self):
+        for name in ("names_a.mp3", "names_b.mp3", "names_c.ogg"):
+            self.must("storeMediaFile", filename=name,
+                      data=base64.b64encode(b"x").decode())
+        cases = [
+            ("names_*", ["names_a.mp3", "names_b.mp3", "names_c.ogg"]),
+            ("names_*.mp3", ["names_a.mp3", "names_b.mp3"]),
+            ("names_B*", []),  # case counts
+            ("names_?.ogg", ["names_c.ogg"]),
+            ("names_[aB].mp3", ["names_a.mp3"]),
+            ("names_a", []),
+        ]
+        for pattern, want in cases:
+            with self.subTest(pattern):
+                self.assertEqual(
+                    sorted(self.must("getMediaFilesNames", pattern=pattern)),
+                    want)
+
+    def test_find_move_and_describe_cards(self):
+        self.must("createDeck", deck="Move From")
+        stay = self.must("addNote", note={"deckName": "Move From",
+                                          "modelName": MODEL,
+                                          "fields": {"Expression": "stay"}})
+        go = self.must("addNote", note={"deckName": "Move From",
+                                        "modelName": MODEL,
+                                        "fields": {"Expression": "go"}})
+        found = self.must("findCards", query='"deck:Move From"')
+        self.assertEqual(len(found), 2)
+        [go_card] = self.must("findCards", query="Expression:go")
+        self.assertIsNone(self.must("changeDeck", cards=[go_card],
+                                    deck="Move To::New"))
+        self.assertIn("Move To::New", self.must("deckNames"))
+        info = self.must("cardsInfo", cards=found + [1])
+        self.assertEqual(info[-1], {}, "a missing card")
+        self.assertEqual(
+            {(c["cardId"], c["note"], c["deckName"]) for c in info[:2]},
+            {(go_card, go, "Move To::New"),
+             (self.must("findCards", query="Expression:stay")[0], stay,
+              "Move From")})
+        self.assertEqual(self.must("findCards", query='"deck:Move From"'),
+                         [c for c in found if c != go_card])
+
+    def test_peer_switches_are_checked(self):
+        cases = [
+            ("unknown switch", {"addDelay": 1, "slow": True}),
+            ("negative delay", {"cardsInNoteTypeDeck": True, "addDelay": -1}),
+            ("delay as text", {"mediaDelay": "1"}),
+            ("flag as number", {"cardsInNoteTypeDeck": 1}),
+        ]
+        for name, switches in cases:
+            with self.subTest(name):
+                reply = self.call("peerSwitches", **switches)
+                self.assertIsNone(reply["result"])
+                self.assertTrue(reply["error"])
+                self.assertEqual(self.must("peerSwitches"), SWITCHES_OFF,
+                                 "a refused change changes nothing")
+
+    def test_cards_in_note_type_deck(self):
+        self.must("createDeck", deck="Named")
+        cases = [
+            ("switch off", False, "Named", "Named"),
+            ("switch on", True, "Named", "Default"),
+            ("switch on, unknown deck", True, "Nope",
+             "deck was not found: Nope"),
+        ]
+        for n, (name, on, deck, want) in enumerate(cases):
+            with self.subTest(name), self.switched(cardsInNoteTypeDeck=on):
+                reply = self.add(deck, f"placed{n}")
+                if reply["error"] is not None:
+                    self.assertEqual(reply["error"], want)
+                else:
+                    self.assertEqual(self.deck_of_cards(reply["result"]),
+                                     [want])
+
+    def test_delays_outlast_a_client_that_gives_up(self):
+        self.must("createDeck", deck="Slow")
+        with FileServer({"/slow.mp3": b"ID3 slow"}) as url:
+            cases = [
+                ("addDelay", {"note": {"deckName": "Slow", "modelName": MODEL,
+                                       "fields": {"Expression": "slow"}}},
+                 "addNote",
+                 lambda: self.must("findNotes", query="Expression:slow")),
+                ("mediaDelay", {"filename": "slow.mp3",
+                                "url": url + "/slow.mp3"}, "storeMediaFile",
+                 lambda: self.must("getMediaFilesNames", pattern="slow.mp3")),
+            ]
+            for switch, params, action, done in cases:
+                with self.subTest(switch), self.switched(**{switch: 2}):
+                    with self.assertRaises(TimeoutError):
+                        self.call(action, timeout=1, **params)
+                    # Served after the slow action: it has finished by now.
+                    self.assertEqual(len(done()), 1)
+
+    def test_requests_do_not_overlap(self):
+        self.must("createDeck", deck="Overlap")
+        # Both connect before either asks, so the add is the first request
+        # to be whole; a server that ran requests side by side would find
+        # nothing while the add sleeps.
+        with self.switched(addDelay=1), \
+                socket.create_connection(("127.0.0.1", self.peer.port),
+                                         timeout=HANG_GUARD) as adding, \
+                socket.create_connection(("127.0.0.1", self.peer.port),
+                                         timeout=HANG_GUARD) as finding:
+            adding.sendall(request_bytes("addNote", note={
+                "deckName": "Overlap", "modelName": MODEL,
+                "fields": {"Expression": "overlap"}}))
+            finding.sendall(request_bytes("findNotes",
+                                          query="Expression:overlap"))
+            found = json.loads(parse_reply(read_to_end(finding))[2])
+            added = json.loads(parse_reply(read_to_end(adding))[2])
+        self.assertIsInstance(added["result"], int)
+        self.assertEqual(found, {"result": [added["result"]], "error": None})
+
+    def test_media_names(self):
+        # The engine names the file (this version lower-cases it); the reply
+        # says which name it has, and the file is there under that name.
+        steps = [
+            ("stored", "Named_Case.MP3", b"a", {}),
+            ("replaced by default", "named_case.mp3", b"c", {}),
+        ]
+        for name, filename, content, extra in steps:
+            with self.subTest(name):
+                stored = self.must(
+                    "storeMediaFile", filename=filename,
+                    data=base64.b64encode(content).decode(), **extra)
+                self.assertEqual(stored.lower(), filename.lower())
+                with open(os.path.join(self.peer.media, stored), "rb") as f:
+                    self.assertEqual(f.read(), content)
+        self.assertEqual(
+            self.must("getMediaFilesNames", pattern="[Nn]amed_[Cc]ase.*"),
+            [stored])
+
+    def test_python_baselines_run_against_the_peer(self):
+        self.must("createDeck", deck="Baseline")
+        direct = subprocess.run(
+            [sys.executable, os.path.join(HERE, "direct_adds.py"),
+             "--url", f"http://127.0.0.1:{self.peer.port}", "--count", "3",
+             "--deck", "Baseline", "--model", MODEL],
+            capture_output=True, text=True, timeout=HANG_GUARD)
+        self.assertEqual(direct.returncode, 0, direct.stderr)
+        self.assertRegex(direct.stdout, r"^seconds \d+\.\d+\n$")
+        self.assertEqual(
+            len(self.must("findNotes", query='"deck:Baseline"')), 3)
+
+        record = os.path.join(self.peer.dir.name, "requests.jsonl")
+        proxy = subprocess.Popen(
+            [sys.executable, os.path.join(HERE, "replay_requests.py"),
+             "record", "--upstream", f"http://127.0.0.1:{self.peer.port}",
+             "--out", record],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         try:
-            body = '{"action": "version", "version": 6}'
-            post(conn, body)
-            sock = conn.sock
-            for i in range(20):
-                # An idle keep-alive connection must not block another one.
-                self.assertEqual(post(other if i % 5 == 0 else conn, body),
-                                 {"result": 6, "error": None})
-            self.assertIs(conn.sock, sock, "connection was not reused")
+            port = int(proxy.stdout.readline().rsplit(":", 1)[1])
+            for body in ({"action": "version"},
+                         {"action": "addNote", "version": 6, "params": {
+                             "note": {"deckName": "Baseline",
+                                      "modelName": MODEL,
+                                      "fields": {"Expression": "replayed"},
+                                      "options": {"allowDuplicate": True}}}}):
+                self.assertIsNone(post(port, json.dumps(body))["error"])
         finally:
-            conn.close()
-            other.close()
+            proxy.stdin.close()
+            proxy.wait(HANG_GUARD)
+            proxy.stdout.close()
+        replay = subprocess.run(
+            [sys.executable, os.path.join(HERE, "replay_requests.py"),
+             "replay", "--url", f"http://127.0.0.1:{self.peer.port}",
+             "--requests", record],
+            capture_output=True, text=True, timeout=HANG_GUARD)
+        self.assertEqual(replay.returncode, 0, replay.stderr)
+        self.assertRegex(replay.stdout,
+                         r"^seconds \S+ requests 2 adds 1\n"
+                         r"action addNote 1\naction version 1\n$")
+        self.assertEqual(
+            len(self.must("findNotes", query="Expression:replayed")), 2)
+
+
+class StartFlagsTest(unittest.TestCase):
+    def test_flags_set_the_switches(self):
+        peer = Peer("--cards-in-note-type-deck", "--add-delay", "0.25",
+                    "--media-delay", "0.5",
+                    "--client-timeout", "0.5")
+        try:
+            reply = post(peer.port, '{"action": "peerSwitches"}')
+            self.assertEqual(reply["result"], {
+                "cardsInNoteTypeDeck": True, "addDelay": 0.25,
+                "mediaDelay": 0.5})
+            # A client that never finishes its request is let go.
+            with socket.create_connection(("127.0.0.1", peer.port),
+                                          timeout=HANG_GUARD) as stalled:
+                stalled.sendall(b"POST / HTTP/1.1\r\nContent-Length: 9\r\n")
+                self.assertEqual(read_to_end(stalled), b"")
+            self.assertEqual(peer.stop(), 0)
+        finally:
+            peer.dir.cleanup()
 
 
 class LifecycleTest(unittest.TestCase):
@@ -414,11 +718,10 @@ class LifecycleTest(unittest.TestCase):
                 try:
                     self.assertEqual(peer.banner,
                                      f"listening on 127.0.0.1:{peer.port}")
-                    conn = peer.connect()
-                    post(conn, json.dumps({"action": "addNote", "params": {
-                        "note": {"deckName": "Default", "modelName": "Basic",
-                                 "fields": {"Front": "kept"}}}}))
-                    conn.close()
+                    post(peer.port, json.dumps({
+                        "action": "addNote", "params": {"note": {
+                            "deckName": "Default", "modelName": "Basic",
+                            "fields": {"Front": "kept"}}}}))
                     self.assertEqual(peer.stop(how), 0)
                     # The collection was closed cleanly: it opens again and
                     # holds the note.
