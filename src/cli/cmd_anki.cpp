@@ -59,7 +59,7 @@ int runAnki(Arguments& arguments)
     }
     if (!reply)
         throw CommandError(QStringLiteral("AnkiConnect error: no reply from %1 after %2 attempts").arg(anki.ipString()).arg(KSWAnkiconnect::attempts));
-    print(QString::fromUtf8(QJsonDocument(*reply).toJson(QJsonDocument::Compact)) + u'\n');
+    print(reply->text() + u'\n');
     return 0;
 }
 

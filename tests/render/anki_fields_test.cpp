@@ -16,7 +16,6 @@ namespace lexicorn {
 namespace {
 
 using testing::AnkiCollection;
-using testing::EchoAnki;
 
 EnWordExtPtr example(const QString& en, const QString& cn, const QString& speaker)
 {
@@ -51,17 +50,27 @@ protected:
         home_.writeDict(QStringLiteral("take_ex1.mp3"), "first example");
         home_.writeDict(QStringLiteral("ex/take_2.mp3"), "second example");
         home_.writeDict(QStringLiteral("take_us.mp3"), "take, American");
-        ASSERT_TRUE(echo_.ready());
     }
 
     CardResult<QJsonObject> fields(const DictData& data, IndexPath path = {0, 0}, std::optional<QJsonValue> ankiID = std::nullopt)
     {
-        return wordDictForAnki(data, QStringLiteral("took"), QStringLiteral("Book <1>"), path, QStringLiteral("她<b>拿</b>了。"), ankiID,
-                               QStringLiteral("<div>extra</div>"), QStringLiteral("N-1"));
+        return noteAsAsked(draftForAnki(data, QStringLiteral("took"), QStringLiteral("Book <1>"), path,
+                                        QStringLiteral("她<b>拿</b>了。"), ankiID, QStringLiteral("<div>extra</div>"),
+                                        QStringLiteral("N-1")));
+    }
+
+    // The note of a draft whose sounds Anki stored under the names asked for.
+    static CardResult<QJsonObject> noteAsAsked(const CardResult<AnkiCardDraft>& draft)
+    {
+        if (!draft)
+            return draft.error();
+        std::vector<StoredMedia> stored;
+        for (const MediaFile& file : draft->soundFiles())
+            stored.push_back({file.name, {}});
+        return draft->noteWith(stored);
     }
 
     DictData take_{QStringLiteral("took"), QStringLiteral("She took the chair & left."), EnWordList{takeEntry()}};
-    EchoAnki echo_;
 };
 
 TEST_F(AnkiFields, TheFullSenseAsHtml)
@@ -108,7 +117,8 @@ TEST_F(AnkiFields, EveryFieldAndTheNoteAroundThem)
     // A card rebuilt from a note brings its sentence with the word in bold
     // already; nothing else to add leaves the extra information empty.
     const DictData rebuilt(QStringLiteral("took"), QStringLiteral("She <b>took</b> it & left."), EnWordList{takeEntry()});
-    const CardResult<QJsonObject> plain = wordDictForAnki(rebuilt, QStringLiteral("took"), {}, {0, 0}, {}, std::nullopt, std::nullopt);
+    const CardResult<QJsonObject> plain
+        = noteAsAsked(draftForAnki(rebuilt, QStringLiteral("took"), {}, {0, 0}, {}, std::nullopt, std::nullopt));
     ASSERT_TRUE(plain);
     const QJsonObject plainFields = plain->value("fields").toObject();
     EXPECT_EQ(plainFields.value("SENTENCE").toString(), QStringLiteral("She <b>took</b> it &amp; left."));
@@ -154,7 +164,6 @@ TEST_F(AnkiFields, SettingsAndIndexDecideTheNoteOrTheError)
             defaults.set(ankiset::duplicate, QString::fromUtf8(c.duplicate));
         else
             defaults.remove(ankiset::duplicate);
-        const int requestsBefore = echo_.requests();
 
         ::testing::internal::CaptureStderr();
         const CardResult<QJsonObject> note = fields(take_, c.path);
@@ -172,8 +181,6 @@ TEST_F(AnkiFields, SettingsAndIndexDecideTheNoteOrTheError)
         if (c.log) {
             EXPECT_TRUE(log.contains(QString::fromUtf8(c.log))) << c.name << "\n" << log.toStdString();
         }
-        // A card that cannot be made sends nothing to Anki.
-        EXPECT_EQ(echo_.requests(), requestsBefore) << c.name;
     }
 }
 
@@ -231,7 +238,7 @@ TEST_F(AnkiFields, NoDictionaryOrPageTextBecomesLiveHtml)
     entry->star = entry->readings = entry->pos_en = entry->amePron = evil;
     const DictData data(evil, evil + QStringLiteral(" and more"), EnWordList{entry});
 
-    const CardResult<QJsonObject> note = wordDictForAnki(data, evil, evil, {0, 0}, evil, std::nullopt, std::nullopt, evil);
+    const CardResult<QJsonObject> note = noteAsAsked(draftForAnki(data, evil, evil, {0, 0}, evil, std::nullopt, std::nullopt, evil));
     ASSERT_TRUE(note) << note.error().message().toStdString();
     const QJsonObject fields = note->value("fields").toObject();
     ASSERT_EQ(fields.size(), testing::contentItems.size());
@@ -244,17 +251,33 @@ TEST_F(AnkiFields, NoDictionaryOrPageTextBecomesLiveHtml)
     EXPECT_TRUE(fields.value("EXPRESSION").toString().startsWith(QStringLiteral("&lt;script&gt;alert(&quot;x&quot;)")));
 }
 
-TEST_F(AnkiFields, UploadsStopOnceAnkiHasNotAnswered)
+TEST_F(AnkiFields, SoundTagsNameTheFilesAsAnkiHoldsThem)
 {
-    // Anki away: the word's sound is tried once (three attempts), the two
-    // examples' sounds are not tried at all, and the note is still made.
-    KSWAnkiconnect::shareInstance().setIpString_(QStringLiteral("127.0.0.1:%1").arg(testing::closedPort()));
-    ::testing::internal::CaptureStderr();
-    const CardResult<QJsonObject> note = fields(take_);
-    const QString log = QString::fromStdString(::testing::internal::GetCapturedStderr());
-    ASSERT_TRUE(note);
-    EXPECT_EQ(log.count(QStringLiteral("AnkiConnect error")), 3) << log.toStdString();
-    EXPECT_EQ(note->value("fields").toObject().value("AUDIO").toString(), QStringLiteral("[sound:MN3_LW_take_us.mp3]"));
+    const CardResult<AnkiCardDraft> draft = draftForAnki(take_, QStringLiteral("took"), {}, {0, 0}, {}, std::nullopt, std::nullopt);
+    ASSERT_TRUE(draft);
+    ASSERT_EQ(draft->soundFiles().size(), 3u);  // the word, then the two examples
+    struct Case {
+        const char* name;
+        std::vector<StoredMedia> stored;
+        int code;  // 0: a note
+        QString text;  // in the note's fields, or in the error's message
+    };
+    const Case cases[] = {
+        {"renamed by Anki", {{"mn3_lw_take_us.mp3", {}}, {"a.mp3", {}}, {"b.mp3", {}}}, 0, "[sound:mn3_lw_take_us.mp3]"},
+        {"an example refused", {{"w.mp3", {}}, {{}, "disk full"}, {"b.mp3", {}}}, 10000, "MN3_LW_take_ex1.mp3（disk full）"},
+        {"no answer", {{"w.mp3", {}}, {{}, "no answer", false}, {"b.mp3", {}}}, 20000, "Ankiconnect 连接失败！"},
+    };
+    for (const Case& c : cases) {
+        const CardResult<QJsonObject> note = draft->noteWith(c.stored);
+        if (c.code == 0) {
+            ASSERT_TRUE(note) << c.name;
+            EXPECT_EQ(note->value("fields").toObject().value("AUDIO").toString(), c.text) << c.name;
+            continue;
+        }
+        ASSERT_FALSE(note) << c.name;
+        EXPECT_EQ(note.error().code, c.code) << c.name;
+        EXPECT_TRUE(note.error().message().contains(c.text)) << c.name << ": " << note.error().message().toStdString();
+    }
 }
 
 // The name a sound tag gives, and that the files are in Anki's media folder.

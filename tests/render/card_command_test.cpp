@@ -103,10 +103,10 @@ TEST_F(CardCommand, FieldsPrintsTheAnkiNoteOrTheError)
     note.insert("noteid", "N-7");
     const QString path = writeNote(note);
 
-    testing::EchoAnki echo;
-    ASSERT_TRUE(echo.ready());
+    testing::AnkiCollection anki(home_);
+    ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
     const QString stored = KSWAnkiconnect::shareInstance().ipString();
-    // The echo server's address was stored by this process; --ip gives one for the call only.
+    // The collection's address was stored by this process; --ip gives one for the call only.
     KSWAnkiconnect::shareInstance().setIpString_(QStringLiteral("127.0.0.1:%1").arg(testing::closedPort()));
     const CliRun unreachable = lexicorn({"card", "fields", path});
     EXPECT_EQ(unreachable.status, 2);

@@ -9,10 +9,8 @@
 
 #include "foundation/user_defaults.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 
 namespace lexicorn::testing {
 
@@ -115,23 +113,6 @@ QJsonArray AnkiCollection::notesHolding(const QString& text)
 {
     const auto found = KSWAnkiconnect::shareInstance().findNotesWithNoteid_(text);
     return found ? found->value(QStringLiteral("result")).toArray() : QJsonArray();
-}
-
-EchoAnki::EchoAnki() : server_(QStringLiteral("python3"), {faultServerScript(), QStringLiteral("echo")})
-{
-    if (server_.started())
-        KSWAnkiconnect::shareInstance().setIpString_(server_.address());
-}
-
-int EchoAnki::requests()
-{
-    // The server writes its count before it answers; the event loop moves the
-    // line from the pipe into the process object.
-    QCoreApplication::processEvents();
-    int& seen = seen_;
-    for (const QRegularExpressionMatch& match : QRegularExpression(QStringLiteral("requests (\\d+)")).globalMatch(server_.errors()))
-        seen = match.captured(1).toInt();
-    return seen;
 }
 
 }  // namespace lexicorn::testing

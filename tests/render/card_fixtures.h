@@ -74,17 +74,4 @@ protected:
     bool ready_ = false;
 };
 
-// The fault server of tests/support in echo mode; the client is pointed at it.
-class EchoAnki {
-public:
-    EchoAnki();
-    bool ready() const { return server_.started(); }
-    // How many requests it has answered so far.
-    int requests();
-
-private:
-    ServerProcess server_;
-    int seen_ = 0;
-};
-
 }  // namespace lexicorn::testing

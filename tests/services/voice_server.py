@@ -1,17 +1,21 @@
 #!/usr/bin/env python3
 """A stand-in for the online voice service, for the pronunciation tests.
 
-    voice_server.py
+    voice_server.py [DELAY_SECONDS]
 
 GET /dictvoice?audio=WORD&type=2 answers 200 with b"ID3 fake mp3 for " + the
 raw (still percent-encoded) WORD, except for the word "missing", which gets
-404. Every request line is printed on stderr. Prints
+404. Each answer waits DELAY_SECONDS (default 0), like a slow service.
+Every request line is printed on stderr. Prints
 "listening on 127.0.0.1:PORT" when ready; exits when stdin closes.
 """
 
 import http.server
 import sys
 import threading
+import time
+
+DELAY = float(sys.argv[1]) if len(sys.argv) > 1 else 0.0
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -22,6 +26,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         path, _, query = self.path.partition("?")
         fields = dict(part.partition("=")[::2] for part in query.split("&"))
         word = fields.get("audio")
+        time.sleep(DELAY)
         if path != "/dictvoice" or fields.get("type") != "2" or word is None or word == "missing":
             self.answer(404, b"not found")
         else:

@@ -9,6 +9,9 @@
 #include "foundation/user_defaults.h"
 
 #include <QJsonDocument>
+#include <QStringList>
+
+#include <algorithm>
 
 namespace lexicorn {
 
@@ -16,11 +19,6 @@ namespace {
 
 const QString ipStringKey = QStringLiteral("ipString");
 const QString deckNameKey = QStringLiteral("ANKISET_DECKNAME");
-
-QString compact(const QJsonObject& object)
-{
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-}
 
 }  // namespace
 
@@ -56,32 +54,95 @@ void KSWAnkiconnect::showeAlertWithMessage_(const QString& message)
 
 KSWAnkiconnect::Reply KSWAnkiconnect::postRequestCommand_params_(const QString& action, const std::optional<QJsonObject>& params)
 {
+    return postRequest(action, params.value_or(QJsonObject()), {});
+}
+
+KSWAnkiconnect::Reply KSWAnkiconnect::postRequest(const QString& action, const QJsonObject& params,
+                                                  const CheckEarlierSend& checkEarlierSend)
+{
     HttpRequest request;
     request.method = "POST";
     request.url = QUrl(QStringLiteral("http://%1").arg(ipString()));
     request.timeout = requestTimeout;
     request.headers = {{"Content-Type", "application/json; charset=utf-8"}, {"Accept", "application/json"}};
-    const QJsonObject body{{QStringLiteral("action"), action},
-                           {QStringLiteral("version"), 6},
-                           {QStringLiteral("params"), params.value_or(QJsonObject())}};
+    const QJsonObject body{{QStringLiteral("action"), action}, {QStringLiteral("version"), 6}, {QStringLiteral("params"), params}};
     request.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
+    const bool creates = createsSomething(action, params);
 
-    Reply reply;
-    for (int attempt = 1; !reply && attempt <= attempts; ++attempt) {
+    // Every write of the request counts, a resend on a fresh connection too.
+    int sendsLeft = attempts;
+    while (sendsLeft > 0) {
         const HttpResponse response = HttpClient::shared().send(request);
-        if (!response.replied()) {
+        sendsLeft -= std::max(1, response.sends);
+        if (response.replied()) {
+            if (Reply reply = parseAnkiReply(response.body)) {
+                logLine(reply->text());
+                return reply;
+            }
+            logLine(QStringLiteral("(null)"));
+        } else {
             logLine(QStringLiteral("🌀🌀🌀🌀 AnkiConnect error: %1 🌀🌀🌀🌀").arg(response.error));
-            continue;
         }
-        reply = parseAnkiReply(response.body);
-        logLine(reply ? compact(*reply) : QStringLiteral("(null)"));
+        if (!creates || !response.mayHaveArrived())
+            continue;
+        if (sendsLeft <= 0 || !checkEarlierSend)
+            break;
+        const EarlierSend earlier = checkEarlierSend();
+        if (earlier.verdict == EarlierSend::Verdict::tookEffect)
+            return earlier.reply;
+        if (earlier.verdict == EarlierSend::Verdict::unknown)
+            break;
     }
-    return reply;
+    return std::nullopt;
 }
 
-KSWAnkiconnect::Reply KSWAnkiconnect::addToAnkiWithWordDict_(const QJsonObject& note)
+std::optional<std::vector<AnkiReply>> KSWAnkiconnect::multi(const std::vector<Action>& actions,
+                                                            const CheckEarlierSend& checkEarlierSend)
 {
-    return postRequestCommand_params_(QStringLiteral("addNote"), note);
+    if (actions.empty())
+        return std::vector<AnkiReply>();
+    if (actions.size() == 1) {
+        Reply reply = postRequest(actions.front().action, actions.front().params, checkEarlierSend);
+        if (!reply)
+            return std::nullopt;
+        return std::vector<AnkiReply>{std::move(*reply)};
+    }
+    QJsonArray list;
+    for (const Action& action : actions) {
+        list.append(QJsonObject{{QStringLiteral("action"), action.action},
+                                {QStringLiteral("version"), 6},
+                                {QStringLiteral("params"), action.params}});
+    }
+    const Reply reply = postRequest(QStringLiteral("multi"), QJsonObject{{QStringLiteral("actions"), list}}, checkEarlierSend);
+    if (!reply)
+        return std::nullopt;
+    return splitMultiReply(*reply, actions.size());
+}
+
+bool KSWAnkiconnect::createsSomething(const QString& action, const QJsonObject& params)
+{
+    static const QStringList creating{QStringLiteral("addNote"), QStringLiteral("addNotes"), QStringLiteral("createDeck"),
+                                      QStringLiteral("createModel")};
+    if (creating.contains(action))
+        return true;
+    if (action != QStringLiteral("multi"))
+        return false;
+    const QJsonArray nested = params.value(QStringLiteral("actions")).toArray();
+    return std::any_of(nested.begin(), nested.end(), [](const QJsonValue& entry) {
+        const QJsonObject object = entry.toObject();
+        return createsSomething(object.value(QStringLiteral("action")).toString(), object.value(QStringLiteral("params")).toObject());
+    });
+}
+
+QString KSWAnkiconnect::currentDeckQuery(const QString& query)
+{
+    const std::optional<QString> deck = UserDefaults::standard().stringIfSet(deckNameKey);
+    return deck ? QStringLiteral("\"deck:%1\" %2").arg(*deck, query) : query;
+}
+
+KSWAnkiconnect::Reply KSWAnkiconnect::addToAnkiWithWordDict_(const QJsonObject& note, const CheckEarlierSend& checkEarlierSend)
+{
+    return postRequest(QStringLiteral("addNote"), note, checkEarlierSend);
 }
 
 std::optional<QJsonValue> KSWAnkiconnect::getVersion()
@@ -96,9 +157,7 @@ std::optional<QJsonValue> KSWAnkiconnect::getVersion()
 
 KSWAnkiconnect::Reply KSWAnkiconnect::findNotesInCurrentDeckWithNoteid_(const QString& query)
 {
-    const std::optional<QString> deck = UserDefaults::standard().stringIfSet(deckNameKey);
-    const QString fullQuery = deck ? QStringLiteral("\"deck:%1\" %2").arg(*deck, query) : query;
-    return postRequestCommand_params_(QStringLiteral("findNotes"), QJsonObject{{QStringLiteral("query"), fullQuery}});
+    return postRequestCommand_params_(QStringLiteral("findNotes"), QJsonObject{{QStringLiteral("query"), currentDeckQuery(query)}});
 }
 
 KSWAnkiconnect::Reply KSWAnkiconnect::findNotesWithNoteid_(const QString& query)

@@ -1,7 +1,5 @@
 #include "lexicorn/render/anki_fields.h"
 
-#include "lexicorn/anki/anki_reply.h"
-#include "lexicorn/anki/ksw_ankiconnect.h"
 #include "lexicorn/render/html_text.h"
 #include "lexicorn/services/ksw_play_sound.h"
 #include "lexicorn/services/voice_endpoint.h"
@@ -24,6 +22,8 @@ const QString sectionOutOfRange = QStringLiteral("索引 section 超出范围");
 const QString itemOutOfRangeLog = QStringLiteral("🌀🌀🌀 item 超出范围！");
 const QString itemOutOfRange = QStringLiteral("索引 item 超出范围");
 const QString deckOrTypeMissing = QStringLiteral("未设置正确的 Deck、Type 名称！");
+const QString soundNotStored = QStringLiteral("声音文件未能存入 Anki：");
+const QString ankiUnreachable = QStringLiteral("Ankiconnect 连接失败！");
 
 const QString soundScheme = QStringLiteral("sound://");
 const QString localPrefix = QStringLiteral("MN3_LW_");
@@ -32,13 +32,13 @@ const QString voicePrefix = QStringLiteral("MN3_YD_");
 // ---- sound files
 
 // A name Anki can store a file under: characters that file systems refuse
-// become "_".
+// become "_", and so do brackets, which would end a [sound:…] tag early.
 QString mediaSafe(const QString& name)
 {
     QString safe = name;
     for (QChar& c : safe) {
         if (c.unicode() < 0x20 || c == u'/' || c == u'\\' || c == u':' || c == u'*' || c == u'?' || c == u'"' || c == u'<'
-            || c == u'>' || c == u'|')
+            || c == u'>' || c == u'|' || c == u'[' || c == u']')
             c = u'_';
     }
     return safe;
@@ -72,92 +72,57 @@ std::optional<LocalSound> localSound(const QString& reference)
     return LocalSound{full.mid(soundScheme.size()), *path};
 }
 
-// Stores files in Anki's media folder, and stops trying once Anki has not
-// answered: each unanswered request costs the client's full time-outs.
-class MediaStore {
-public:
-    // The name Anki stored the file under, or the name asked for when Anki
-    // did not say; empty when nothing was sent.
-    QString storeData(const QString& name, const QByteArray& bytes)
-    {
-        if (!reachable_)
-            return name;
-        return storedName(name, anki_.updateMediaFile_data_(name, QString::fromLatin1(bytes.toBase64())));
+// The sound of a text read by the voice service, or, when the service
+// cannot be reached from here, by the offline voice. The voice service's
+// file is uploaded from the bytes already fetched rather than by its
+// address: Anki would fetch it a second time, and a slow service then makes
+// Anki's answer come after the client has given up.
+std::optional<MediaFile> spokenSound(const QString& text, const QString& voiceName, const QString& offlineName)
+{
+    WordAudio audio = wordAudio(text);
+    switch (audio.source) {
+    case WordAudio::Source::voiceService:
+        return MediaFile{voiceName, std::move(audio.bytes)};
+    case WordAudio::Source::offlineVoice:
+        return MediaFile{offlineName, std::move(audio.bytes)};
+    case WordAudio::Source::none:
+        break;
     }
-    QString storeUrl(const QString& name, const QString& url)
-    {
-        if (!reachable_)
-            return name;
-        return storedName(name, anki_.updateMediaFile_url_(name, url));
-    }
+    logLine(QStringLiteral("🌀🌀🌀 no sound for \"%1\": %2").arg(text, audio.voiceServiceProblem));
+    return std::nullopt;
+}
 
-    // The word's sound tag (see the table in anki_fields.h).
-    QString wordSound(const QString& word, const QString& amePron)
-    {
-        if (const std::optional<LocalSound> local = localSound(amePron))
-            return soundTag(storeLocal(*local));
-        if (word.trimmed().isEmpty())
-            return QString();
-        return soundTag(storeSpoken(word, voiceFileName(mediaSafe(word)), localPrefix + mediaSafe(word) + QStringLiteral(".wav")));
-    }
+std::optional<MediaFile> localSoundFile(const LocalSound& local)
+{
+    QFile file(local.path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return MediaFile{localPrefix + mediaSafe(local.reference), file.readAll()};
+}
 
-    // An example's sound tag.
-    QString exampleSound(const EnWordExt& example)
-    {
-        if (const std::optional<LocalSound> local = localSound(example.speaker))
-            return soundTag(storeLocal(*local));
-        QString sentence = example.en;
-        sentence.remove(QStringLiteral("<b>"));
-        sentence.remove(QStringLiteral("</b>"));
-        sentence = sentence.trimmed();
-        if (sentence.isEmpty())
-            return QString();
-        const QString key = QStringLiteral("ex_")
-            + QString::fromLatin1(QCryptographicHash::hash(sentence.toUtf8(), QCryptographicHash::Sha1).toHex().left(12));
-        return soundTag(storeSpoken(sentence, voicePrefix + key + QStringLiteral("_1.mp3"), localPrefix + key + QStringLiteral(".wav")));
-    }
+std::optional<MediaFile> wordSoundFile(const QString& word, const QString& amePron)
+{
+    if (const std::optional<LocalSound> local = localSound(amePron))
+        return localSoundFile(*local);
+    if (word.trimmed().isEmpty())
+        return std::nullopt;
+    return spokenSound(word, voiceFileName(mediaSafe(word)), localPrefix + mediaSafe(word) + QStringLiteral(".wav"));
+}
 
-private:
-    QString storedName(const QString& asked, const KSWAnkiconnect::Reply& reply)
-    {
-        if (!reply) {
-            reachable_ = false;
-            return asked;
-        }
-        const QJsonValue result = reply->value(QStringLiteral("result"));
-        if (ankiReplySucceeded(*reply) && result.isString() && !result.toString().isEmpty())
-            return result.toString();
-        return asked;
-    }
-
-    QString storeLocal(const LocalSound& local)
-    {
-        QFile file(local.path);
-        if (!file.open(QIODevice::ReadOnly))
-            return QString();
-        return storeData(localPrefix + mediaSafe(local.reference), file.readAll());
-    }
-
-    // The text read by the voice service, which Anki fetches itself; or, when
-    // the service cannot be reached from here, by the offline voice.
-    QString storeSpoken(const QString& text, const QString& voiceName, const QString& offlineName)
-    {
-        const WordAudio audio = wordAudio(text);
-        switch (audio.source) {
-        case WordAudio::Source::voiceService:
-            return storeUrl(voiceName, voiceURL(text).toString(QUrl::FullyEncoded));
-        case WordAudio::Source::offlineVoice:
-            return storeData(offlineName, audio.bytes);
-        case WordAudio::Source::none:
-            break;
-        }
-        logLine(QStringLiteral("🌀🌀🌀 no sound for \"%1\": %2").arg(text, audio.voiceServiceProblem));
-        return QString();
-    }
-
-    KSWAnkiconnect& anki_ = KSWAnkiconnect::shareInstance();
-    bool reachable_ = true;
-};
+std::optional<MediaFile> exampleSoundFile(const EnWordExt& example)
+{
+    if (const std::optional<LocalSound> local = localSound(example.speaker))
+        return localSoundFile(*local);
+    QString sentence = example.en;
+    sentence.remove(QStringLiteral("<b>"));
+    sentence.remove(QStringLiteral("</b>"));
+    sentence = sentence.trimmed();
+    if (sentence.isEmpty())
+        return std::nullopt;
+    const QString key = QStringLiteral("ex_")
+        + QString::fromLatin1(QCryptographicHash::hash(sentence.toUtf8(), QCryptographicHash::Sha1).toHex().left(12));
+    return spokenSound(sentence, voicePrefix + key + QStringLiteral("_1.mp3"), localPrefix + key + QStringLiteral(".wav"));
+}
 
 // ---- HTML
 
@@ -232,55 +197,103 @@ QString formatWithObjects(const QString& format, std::initializer_list<QString> 
     return out;
 }
 
-CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
-                                        const QString& sentenceCN, std::optional<QJsonValue> ankiID,
-                                        std::optional<QString> appendHtml, const QString& noteId)
+CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+                                       const QString& sentenceCN, std::optional<QJsonValue> ankiID,
+                                       std::optional<QString> appendHtml, const QString& noteId)
 {
     const EnWordList& entries = data.enWords();
     if (indexPath.section < 0 || std::size_t(indexPath.section) >= entries.size()) {
         logLine(sectionOutOfRangeLog);
         return CardError::make(ErrorCode::structure, sectionOutOfRange);
     }
-    const EnWord& entry = *entries[std::size_t(indexPath.section)];
-    if (indexPath.item < 0 || std::size_t(indexPath.item) >= entry.defs.size()) {
+    const EnWordPtr& entry = entries[std::size_t(indexPath.section)];
+    if (indexPath.item < 0 || std::size_t(indexPath.item) >= entry->defs.size()) {
         logLine(itemOutOfRangeLog);
         return CardError::make(ErrorCode::structure, itemOutOfRange);
     }
-    const EnWordDef& sense = *entry.defs[std::size_t(indexPath.item)];
+    const EnWordDefPtr& sense = entry->defs[std::size_t(indexPath.item)];
 
     UserDefaults& defaults = UserDefaults::standard();
-    const QString deck = defaults.string(ankiset::deckName);
-    const QString type = defaults.string(ankiset::typeName);
-    if (deck.isEmpty() || type.isEmpty())
+    AnkiCardDraft draft;
+    draft.deckName = defaults.string(ankiset::deckName);
+    draft.modelName = defaults.string(ankiset::typeName);
+    if (draft.deckName.isEmpty() || draft.modelName.isEmpty())
         return CardError::make(ErrorCode::structure, deckOrTypeMissing);
 
-    MediaStore media;
-    const QString wordSound = media.wordSound(word, entry.amePron);
-    std::vector<QString> exampleSounds;
-    exampleSounds.reserve(sense.exts.size());
-    for (const EnWordExtPtr& example : sense.exts)
-        exampleSounds.push_back(media.exampleSound(*example));
+    draft.entry = entry;
+    draft.sense = sense;
+    draft.word = word;
+    draft.quoteSentence = data.quoteSentence();
+    draft.bookTitle = bookTitle;
+    draft.sentenceCN = sentenceCN;
+    draft.ankiID = std::move(ankiID);
+    draft.appendHtml = std::move(appendHtml);
+    draft.noteId = noteId;
+    draft.wordSound = wordSoundFile(word, entry->amePron);
+    for (const EnWordExtPtr& example : sense->exts)
+        draft.exampleSounds.push_back(exampleSoundFile(*example));
+    return draft;
+}
 
+std::vector<MediaFile> AnkiCardDraft::soundFiles() const
+{
+    std::vector<MediaFile> files;
+    if (wordSound)
+        files.push_back(*wordSound);
+    for (const std::optional<MediaFile>& sound : exampleSounds) {
+        if (sound)
+            files.push_back(*sound);
+    }
+    return files;
+}
+
+CardResult<QJsonObject> AnkiCardDraft::noteWith(const std::vector<StoredMedia>& stored) const
+{
+    // The stored files come in the order of soundFiles().
+    QStringList unstored;
+    bool ankiAnswered = true;
+    auto next = stored.begin();
+    const auto tagFor = [&](const std::optional<MediaFile>& sound) {
+        if (!sound || next == stored.end())
+            return QString();
+        const StoredMedia& file = *next++;
+        if (!file.stored()) {
+            unstored << QStringLiteral("%1（%2）").arg(sound->name, file.problem);
+            ankiAnswered = ankiAnswered && file.ankiAnswered;
+            return QString();
+        }
+        return soundTag(file.name);
+    };
+    const QString wordTag = tagFor(wordSound);
+    std::vector<QString> exampleTags;
+    for (const std::optional<MediaFile>& sound : exampleSounds)
+        exampleTags.push_back(tagFor(sound));
+    if (!ankiAnswered)
+        return CardError::make(ErrorCode::ankiUnreachable, ankiUnreachable);
+    if (!unstored.isEmpty())
+        return CardError::make(ErrorCode::structure, soundNotStored + unstored.join(QStringLiteral("、")));
+
+    UserDefaults& defaults = UserDefaults::standard();
     const auto e = htmlEscapeEliminateB;
-    const QString oneLine = formatWithObjects(cardStyleSheet, {e(entry.pos_en), e(sense.def_en), e(sense.def_cn)});
+    const QString oneLine = formatWithObjects(cardStyleSheet, {e(entry->pos_en), e(sense->def_en), e(sense->def_cn)});
     const QString link = noteId.isEmpty() ? QString() : htmlEscape(formatWithObjects(noteLinkFormat, {noteId}));
     const std::pair<const QString&, QString> contents[] = {
         {ankiset::expression, htmlEscape(word)},
         {ankiset::definitions, oneLine},
-        {ankiset::sentence, sentenceHtml(data.quoteSentence(), word)},
+        {ankiset::sentence, sentenceHtml(quoteSentence, word)},
         {ankiset::extraInfo, extraInfoHtml(bookTitle, sentenceCN, appendHtml)},
         {ankiset::url, link},
-        {ankiset::definition, senseHtml(entry, sense, exampleSounds)},
-        {ankiset::reading, e(entry.readings)},
-        {ankiset::audio, htmlEscape(wordSound)},
+        {ankiset::definition, senseHtml(*entry, *sense, exampleTags)},
+        {ankiset::reading, e(entry->readings)},
+        {ankiset::audio, htmlEscape(wordTag)},
     };
     QJsonObject fields;
     for (const auto& [key, content] : contents)
         fields.insert(defaults.string(key), content);
 
     QJsonObject note{
-        {QStringLiteral("deckName"), deck},
-        {QStringLiteral("modelName"), type},
+        {QStringLiteral("deckName"), deckName},
+        {QStringLiteral("modelName"), modelName},
         {QStringLiteral("fields"), fields},
         {QStringLiteral("options"),
          QJsonObject{{QStringLiteral("allowDuplicate"), defaults.string(ankiset::duplicate) == QStringLiteral("YES")},
@@ -290,6 +303,17 @@ CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& wor
     if (ankiID)
         note.insert(QStringLiteral("id"), *ankiID);
     return note;
+}
+
+CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+                                        const QString& sentenceCN, std::optional<QJsonValue> ankiID,
+                                        std::optional<QString> appendHtml, const QString& noteId)
+{
+    CardResult<AnkiCardDraft> draft = draftForAnki(data, word, bookTitle, indexPath, sentenceCN, std::move(ankiID),
+                                                   std::move(appendHtml), noteId);
+    if (!draft)
+        return draft.error();
+    return draft->noteWith(storeMediaFiles(draft->soundFiles()));
 }
 
 }  // namespace lexicorn

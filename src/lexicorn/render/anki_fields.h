@@ -37,7 +37,7 @@
 // or copy it into the note type's styling.
 //
 // Sound files stored in Anki's media folder:
-// - the word: MN3_YD_WORD_1.mp3, fetched by Anki from the voice service; or,
+// - the word: MN3_YD_WORD_1.mp3, read by the voice service; or,
 //   when the dictionary entry's American pronunciation is a "sound://FILE"
 //   reference to a file in the Dict folder, that file as MN3_LW_FILE; or,
 //   when the voice service cannot be reached, the offline voice (eSpeak NG)
@@ -48,18 +48,23 @@
 //   MN3_LW_ex_HASH.wav, HASH being the first 12 hex digits of the SHA-1 of
 //   the sentence (UTF-8), so a sentence always maps to the same file.
 // Characters that file names cannot hold (/ \ : * ? " < > | and control
-// characters) become "_". Anki may store a file under a changed name (some
-// versions lower-case it); the sound tag names the file as Anki stored it.
+// characters, and the brackets that would end the sound tag) become "_".
+// Anki may store a file under a changed name (some versions lower-case it);
+// the sound tag names the file as Anki stored it, and a card whose sound
+// Anki does not hold is not sent.
 
+#include "lexicorn/anki/anki_media.h"
 #include "lexicorn/dictionary/records.h"
 #include "lexicorn/render/card_error.h"
 
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 #include <initializer_list>
 #include <optional>
+#include <vector>
 
 namespace lexicorn {
 
@@ -76,6 +81,9 @@ inline const QString definition = QStringLiteral("ANKISET_DEFINITION");
 inline const QString url = QStringLiteral("ANKISET_URL");
 inline const QString definitions = QStringLiteral("ANKISET_DEFINITIONS");
 inline const QString audio = QStringLiteral("ANKISET_AUDIO");
+// The field settings in the order their contents are stored: when two name
+// the same field, the later one wins.
+inline const QStringList fieldsInOrder{expression, definitions, sentence, extraInfo, url, definition, reading, audio};
 }  // namespace ankiset
 
 // The tag every card carries.
@@ -126,14 +134,48 @@ struct IndexPath {
 // translation, which may mark words with <b>.
 // appendHtml is HTML from the card's extra comments, taken as it is.
 //
-// Uploads the word's and the examples' sound files to Anki's media store
-// first, so it blocks (AnkiConnect time-outs): call it off the main thread.
-// When Anki does not answer one upload, the rest are not tried.
+// Stores the word's and the examples' sound files in Anki's media folder
+// first, so it blocks (voice service, AnkiConnect): call it off the main
+// thread.
 //
 // Errors (code 10000): the section or item out of range (also logged), the
-// deck or note type name not set.
+// deck or note type name not set, a sound file Anki does not hold (the
+// message names it); code 20000 "Ankiconnect 连接失败！" when Anki did not
+// answer.
 CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
                                         const QString& sentenceCN, std::optional<QJsonValue> ankiID,
                                         std::optional<QString> appendHtml, const QString& noteId = {});
+
+// wordDictForAnki in two steps, so that many cards can store their sounds
+// with one request: the draft holds everything of the note and the sound
+// files; noteWith makes the note once Anki has stored them.
+struct AnkiCardDraft {
+    QString deckName;
+    QString modelName;
+    EnWordPtr entry;
+    EnWordDefPtr sense;
+    QString word;
+    QString quoteSentence;
+    QString bookTitle;
+    QString sentenceCN;
+    std::optional<QJsonValue> ankiID;
+    std::optional<QString> appendHtml;
+    QString noteId;
+    // Nothing where there is no sound (no voice could read the text).
+    std::optional<MediaFile> wordSound;
+    std::vector<std::optional<MediaFile>> exampleSounds;  // one per example
+
+    // The sound files to store, word first, then the examples'.
+    std::vector<MediaFile> soundFiles() const;
+    // The note, given where Anki stored soundFiles() (in their order); the
+    // error names every sound Anki does not hold, or says Anki did not answer.
+    CardResult<QJsonObject> noteWith(const std::vector<StoredMedia>& stored) const;
+};
+
+// The checks of wordDictForAnki, then the sound files (blocking on the
+// voice service); no request to Anki.
+CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+                                       const QString& sentenceCN, std::optional<QJsonValue> ankiID,
+                                       std::optional<QString> appendHtml, const QString& noteId = {});
 
 }  // namespace lexicorn

@@ -3,6 +3,7 @@
 #include "lexicorn/anki/ksw_ankiconnect.h"
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/render/anki_fields.h"
+#include "lexicorn/render/card_lookup.h"
 #include "lexicorn/render/html_text.h"
 
 #include <QJsonArray>
@@ -266,21 +267,8 @@ std::optional<CardSense> lookUpCardSense(const ParsedCard& card, EnWordServer& s
     return std::nullopt;
 }
 
-CardResult<QJsonObject> makeWith(const DictNote& note, const QString& bookTitle)
+CardResult<AnkiCardDraft> draftFromNote(const DictNote& note, const QString& bookTitle, std::optional<QJsonValue> ankiID)
 {
-    const KSWAnkiconnect::Reply found = KSWAnkiconnect::shareInstance().findNotesInCurrentDeckWithNoteid_(note.noteid());
-    if (!found || found->isEmpty())
-        return CardError::make(ErrorCode::ankiUnreachable, cardmessage::ankiUnreachable);
-    const QJsonValue ankiError = found->value(QStringLiteral("error"));
-    if (ankiError.isString())
-        return CardError::make(ErrorCode::structure, ankiError.toString());
-    // A result that is not a list (no Anki would send one) counts as no note.
-    const QJsonArray ids = found->value(QStringLiteral("result")).toArray();
-    if (ids.size() >= 2)
-        return CardError::make(ErrorCode::structure,
-                               cardmessage::notOneAnkiNote + QString::fromUtf8(QJsonDocument(ids).toJson(QJsonDocument::Compact)));
-    const std::optional<QJsonValue> ankiID = ids.size() == 1 ? std::optional(ids[0]) : std::nullopt;
-
     CardResult<ParsedCard> parsed = parseDictNote(note);
     if (!parsed)
         return parsed.error();
@@ -307,9 +295,19 @@ CardResult<QJsonObject> makeWith(const DictNote& note, const QString& bookTitle)
     if (dictionarySense)
         entry->amePron = dictionarySense->entry->amePron;
     const DictData data(card.word, card.quoteSentence, EnWordList{entry});
+    return draftForAnki(data, card.word, bookTitle, IndexPath{0, 0}, card.sentenceCN, std::move(ankiID), card.appendHtml,
+                        note.noteid());
+}
 
-    CardResult<QJsonObject> ankiNote
-        = wordDictForAnki(data, card.word, bookTitle, IndexPath{0, 0}, card.sentenceCN, ankiID, card.appendHtml, note.noteid());
+CardResult<QJsonObject> makeWith(const DictNote& note, const QString& bookTitle)
+{
+    const AnkiNoteLookup found = findAnkiNote(note.noteid(), noteLinkField());
+    if (!found)
+        return found.error();
+    const CardResult<AnkiCardDraft> draft = draftFromNote(note, bookTitle, found.value());
+    if (!draft)
+        return draft.error();
+    CardResult<QJsonObject> ankiNote = draft->noteWith(storeMediaFiles(draft->soundFiles()));
     if (!ankiNote)
         return ankiNote.error();
     return QJsonObject{{QStringLiteral("note"), ankiNote.value()}};

@@ -13,6 +13,7 @@
 // are extra content for the Anki card.
 
 #include "lexicorn/dictionary/records.h"
+#include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/card_error.h"
 #include "lexicorn/render/dict_note.h"
 
@@ -81,17 +82,23 @@ struct CardSense {
 std::optional<CardSense> lookUpCardSense(const ParsedCard& card, EnWordServer& server);
 
 // The AnkiConnect parameters {"note": {...}} for the card in a note (see
-// wordDictForAnki for the note). Asks Anki first for the notes of the
-// current deck that carry this note's id: the one found gives the update
-// form (with "id"), none a new note. The sense is then looked up in the
+// wordDictForAnki for the note). Asks Anki first where the card's note is
+// (findAnkiNote: in the current deck, then anywhere by its note link): the
+// one found gives the update form (with "id"), none a new note. The sense is then looked up in the
 // loaded dictionary (EnWordServer::shared()) for the entry's pronunciation
 // file and the examples' speakers; when it cannot be found an alert says so
 // and the card is built with fresh audio. Blocks (AnkiConnect, uploads): call
 // off the main thread.
 //
 // Errors: 20000 Anki not reachable; 10000 Anki's own error text, more than
-// one Anki note, or the note not in the format (see parseDictNote).
+// one Anki note, the note not in the format (see parseDictNote), or a sound
+// Anki does not hold.
 CardResult<QJsonObject> makeWith(const DictNote& note, const QString& bookTitle);
+
+// The steps of makeWith after the lookup in Anki: the card read from the
+// note, checked against the loaded dictionary, with its sound files ready to
+// be stored (see AnkiCardDraft). ankiID is the Anki note found, if any.
+CardResult<AnkiCardDraft> draftFromNote(const DictNote& note, const QString& bookTitle, std::optional<QJsonValue> ankiID);
 
 // The texts of the card errors.
 namespace cardmessage {

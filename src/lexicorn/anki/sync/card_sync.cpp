@@ -2,6 +2,7 @@
 
 #include "lexicorn/anki/anki_reply.h"
 #include "lexicorn/anki/ksw_ankiconnect.h"
+#include "lexicorn/anki/sync/card_writer.h"
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/dictionary/records.h"
 #include "lexicorn/render/anki_fields.h"
@@ -14,15 +15,13 @@
 #include <QJsonDocument>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace lexicorn {
 
 namespace {
 
 const QString groupKey = QStringLiteral("group");
-const QString errorKey = QStringLiteral("error");
-const QString resultKey = QStringLiteral("result");
-const QString noteKey = QStringLiteral("note");
-const QString idKey = QStringLiteral("id");
 
 // Replaces each "%lu" of format by the next number.
 QString formatCounts(const QString& format, std::initializer_list<unsigned long> numbers)
@@ -46,39 +45,6 @@ void callOnMain(const CardSyncCallback& callback, bool success, const QString& m
         if (callback)
             callback(success, message);
     });
-}
-
-// What Anki said to an addNote or updateNoteFields request: success, or the
-// message of the failure: the server's error, or the no-connection text when
-// nothing (or a reply without an "error" member) came back.
-struct SendOutcome {
-    bool success = false;
-    QString message;  // the failure's message
-    QJsonValue result;
-};
-
-SendOutcome evaluate(const KSWAnkiconnect::Reply& reply)
-{
-    if (reply && ankiReplySucceeded(*reply))
-        return {true, {}, reply->value(resultKey)};
-    if (!reply || !reply->contains(errorKey))
-        return {false, syncmessage::noConnection, {}};
-    return {false, describeReplyValue(reply->value(errorKey)), {}};
-}
-
-// Sends the parameters of a rebuilt card: an update when they name an Anki
-// note, else a new note.
-KSWAnkiconnect::Reply sendRebuilt(const QJsonObject& params)
-{
-    KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
-    if (params.value(noteKey).toObject().contains(idKey))
-        return anki.updateWithParams_(params);
-    return anki.addToAnkiWithWordDict_(params);
-}
-
-bool usableParams(const QJsonObject& params)
-{
-    return !params.isEmpty() && params.contains(noteKey);
 }
 
 // The name of a dictionary number; a number the engine has no dictionary for
@@ -143,14 +109,12 @@ QString cardShortName(const QString& notetitle)
 void asyncAddToAnkiWithTitle_wordDict_showHUD_(std::shared_ptr<const DictNote> note, const QString& bookTitle,
                                                const QJsonObject& params, CardSyncCallback callback)
 {
-    Q_UNUSED(bookTitle);  // the parameters already carry the book
-    globalQueue().async([note = std::move(note), params, callback = std::move(callback)] {
+    globalQueue().async([note = std::move(note), bookTitle, params, callback = std::move(callback)] {
         const QString title = note->notetitle();
-        const QString successMessage = formatWithObjects(syncmessage::headAndName, {syncmessage::added, cardShortName(title)});
-        const SendOutcome outcome = evaluate(KSWAnkiconnect::shareInstance().addToAnkiWithWordDict_(params));
+        const CardWriter::Outcome outcome = CardWriter(bookTitle).add(*note, params);
         if (outcome.success) {
-            logLine(formatWithObjects(syncmessage::logAdded, {title, describeReplyValue(outcome.result)}));
-            callOnMain(callback, true, successMessage);
+            logLine(formatWithObjects(syncmessage::logAdded, {title, describeReplyValue(outcome.ankiId)}));
+            callOnMain(callback, true, formatWithObjects(syncmessage::headAndName, {syncmessage::added, cardShortName(title)}));
         } else {
             logLine(formatWithObjects(syncmessage::logError, {outcome.message}));
             callOnMain(callback, false, outcome.message);
@@ -166,20 +130,10 @@ void updateToAnkiWithTitle_showHUD_(const DictNote& note, const QString& bookTit
         callOnMain(callback, false, *mismatch);
         return;
     }
-    const CardResult<QJsonObject> rebuilt = makeWith(note, bookTitle);
-    if (!rebuilt) {
-        callOnMain(callback, false, rebuilt.error().message());
-        return;
-    }
     const QString title = note.notetitle();
-    const QJsonObject& params = rebuilt.value();
-    if (!usableParams(params)) {
-        callOnMain(callback, false, formatWithObjects(syncmessage::buildError, {title, describeReplyValue(params)}));
-        return;
-    }
-    const SendOutcome outcome = evaluate(sendRebuilt(params));
+    const CardWriter::Outcome outcome = CardWriter(bookTitle).write({&note}).front();
     if (outcome.success) {
-        logLine(formatWithObjects(syncmessage::logUpdated, {title, describeReplyValue(outcome.result)}));
+        logLine(formatWithObjects(syncmessage::logUpdated, {title, describeReplyValue(outcome.ankiId)}));
         callOnMain(callback, true, formatWithObjects(syncmessage::headAndName, {syncmessage::updated, cardShortName(title)}));
     } else {
         logLine(formatWithObjects(syncmessage::logError, {outcome.message}));
@@ -224,38 +178,47 @@ BatchSync::Outcome BatchSync::run(const NoteList& notes, const QString& bookTitl
     Outcome outcome;
     Counts& counts = outcome.counts;
     counts.total = static_cast<unsigned long>(notes.size());
-    const auto addLine = [&outcome](const QString& title, const QString& message) {
-        outcome.errorText = formatWithObjects(syncmessage::errorLine, {outcome.errorText, title, message});
-    };
+    CardWriter writer(bookTitle);
 
-    for (const std::shared_ptr<const DictNote>& note : notes) {
-        if (counts.visited > 0 && counts.visited % progressEvery == 0 && progress_)
+    // A group of notes at a time: the writer needs a few requests per group.
+    for (std::size_t start = 0; start < notes.size(); start += progressEvery) {
+        if (start > 0 && progress_)
             progress_(counts);
-        ++counts.visited;
-        if (!isDictNote(*note) && !isDictTitle(*note))
-            continue;
-        const QString title = note->notetitle();
-        if (const std::optional<QString> mismatch = dictMatch(*note)) {
-            addLine(title, *mismatch);
-            continue;
+        const std::size_t end = std::min(notes.size(), start + progressEvery);
+        std::vector<std::optional<QString>> problems(end - start);
+        std::vector<const DictNote*> cards;
+        std::vector<std::size_t> cardAt;
+        for (std::size_t index = start; index < end; ++index) {
+            ++counts.visited;
+            const DictNote& note = *notes[index];
+            if (!isDictNote(note) && !isDictTitle(note))
+                continue;
+            if (const std::optional<QString> mismatch = dictMatch(note)) {
+                problems[index - start] = mismatch;
+                continue;
+            }
+            ++counts.valid;
+            cards.push_back(&note);
+            cardAt.push_back(index - start);
         }
-        const CardResult<QJsonObject> rebuilt = makeWith(*note, bookTitle);
-        ++counts.valid;
-        if (!rebuilt) {
-            addLine(title, rebuilt.error().message());
-            continue;
+        const std::vector<CardWriter::Outcome> written = writer.write(cards);
+        for (std::size_t at = 0; at < written.size(); ++at) {
+            if (written[at].success)
+                ++counts.done;
+            else
+                problems[cardAt[at]] = written[at].message;
         }
-        if (!usableParams(rebuilt.value()))
-            continue;
-        const SendOutcome sent = evaluate(sendRebuilt(rebuilt.value()));
-        if (sent.success)
-            ++counts.done;
-        else
-            addLine(title, sent.message);
+        for (std::size_t at = 0; at < problems.size(); ++at) {
+            if (problems[at]) {
+                outcome.errorText = formatWithObjects(syncmessage::errorLine,
+                                                      {outcome.errorText, notes[start + at]->notetitle(), *problems[at]});
+            }
+        }
     }
 
     if (!outcome.errorText.isEmpty()) {
-        Pasteboard::general().setString(outcome.errorText);
+        // The pasteboard is the reader's clipboard: written on the main thread.
+        mainQueue().async([text = outcome.errorText] { Pasteboard::general().setString(text); });
         outcome.summary = formatCounts(syncmessage::summaryWithErrors, {counts.total, counts.valid, counts.done});
     } else {
         outcome.summary = formatCounts(syncmessage::summaryDone, {counts.total, counts.valid});

@@ -38,6 +38,12 @@ inline const QString noConnection = QStringLiteral("AnkiConnect error: Could not
 inline const QString logAdded = QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect add formatedWord: %@, ankiID: %@");
 inline const QString logUpdated = QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect update formatedWord: %@, ankiID: %@");
 inline const QString logError = QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect addNote error: %@");
+// Anki's answer had no "error" member; the answer follows.
+inline const QString unexpectedReply = QStringLiteral("AnkiConnect 的回复无法识别：");
+// Note type, the configured field name, the setting that holds it.
+inline const QString fieldNotInNoteType = QStringLiteral("笔记类型“%@”中没有字段“%@”（%@），请在 Anki 设置中重新选择字段！");
+// The deck, and why the card could not be moved there.
+inline const QString notInDeck = QStringLiteral("卡片已加入 Anki，但未能移入牌组“%@”：%@");
 // The batch.
 inline const QString dictNotLoaded = QStringLiteral("字典初始化未完成，请稍后重试！");
 inline const QString batchRunning = QStringLiteral("批量更新未完成，请稍后重试！");
