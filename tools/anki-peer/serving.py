@@ -4,10 +4,9 @@ SIGINT or the end of standard input (the parent went away).
 
 OneAtATimeServer serves HTTP the way the AnkiConnect add-on does inside
 Anki: one thread that looks at its sockets on a 25 ms timer (so every
-request waits for the next tick, as with the add-on); a request runs only once all
-of it has arrived, runs to its end while every other client waits, gets its
-whole reply, and then its connection is closed. serve_until_stopped runs a
-threaded http.server instead (the recording proxy).
+request waits for the next tick, as with the add-on); a request runs only
+once all of it has arrived, runs to its end while every other client waits,
+gets its whole reply, and then its connection is closed.
 """
 
 import os
@@ -44,18 +43,6 @@ def stop_signal():
 def announce(address):
     host, port = address[:2]
     print(f"listening on {host}:{port}", flush=True)
-
-
-def serve_until_stopped(server):
-    """Serves a threaded http.server on a background thread until told to
-    stop, then shuts it down (requests in progress finish) and returns."""
-    server.daemon_threads = True
-    stop = stop_signal()
-    threading.Thread(target=server.serve_forever, args=(0.1,),
-                     daemon=True).start()
-    announce(server.server_address)
-    stop.wait()
-    server.shutdown()
 
 
 class Request:
