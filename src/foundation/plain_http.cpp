@@ -437,6 +437,17 @@ QByteArray requestMessage(const HttpRequest& request, const QByteArray& hostAndP
 
 }  // namespace
 
+HttpResponse readPlainHttpReply(int fd, bool isHead, qsizetype maxReplyBytes, std::chrono::milliseconds timeout)
+{
+    try {
+        return readReply(fd, isHead, maxReplyBytes, Clock::now() + timeout).response;
+    } catch (const Failure& failure) {
+        HttpResponse response;
+        response.error = failure.why;
+        return response;
+    }
+}
+
 HttpResponse sendPlainHttp(const HttpRequest& request)
 {
     const Clock::time_point deadline = Clock::now() + request.timeout;

@@ -2,6 +2,8 @@
 
 #include "foundation/http_client.h"
 
+#include <chrono>
+
 namespace lexicorn {
 
 // HTTP/1.1 over plain TCP, for "http" addresses: AnkiConnect on this machine
@@ -10,5 +12,9 @@ namespace lexicorn {
 // costs little more than the server's own work. Every wait, connecting
 // included, ends at the request's time-out.
 HttpResponse sendPlainHttp(const HttpRequest& request);
+
+// Reads one reply to a request from a connected socket, as sendPlainHttp
+// does (the reply-reading half, for the fuzz target).
+HttpResponse readPlainHttpReply(int fd, bool isHead, qsizetype maxReplyBytes, std::chrono::milliseconds timeout);
 
 }  // namespace lexicorn

@@ -33,7 +33,6 @@ inline const QString added = QStringLiteral("👍 Anki 成功添加卡片");
 inline const QString updated = QStringLiteral("👍 Anki 同步完成卡片");
 // Head and short name, joined by a full-width colon.
 inline const QString headAndName = QStringLiteral("%@：%@");
-inline const QString buildError = QStringLiteral("\"%@\" 生成字典错误：%@");
 inline const QString noConnection = QStringLiteral("AnkiConnect error: Could not connect to the server.");
 inline const QString logAdded = QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect add formatedWord: %@, ankiID: %@");
 inline const QString logUpdated = QStringLiteral("🌀🌀🌀🌀 KSWAnkiconnect update formatedWord: %@, ankiID: %@");
