@@ -96,13 +96,12 @@ KSWAnkiconnect::Reply KSWAnkiconnect::postRequest(const QString& action, const Q
     return std::nullopt;
 }
 
-std::optional<std::vector<AnkiReply>> KSWAnkiconnect::multi(const std::vector<Action>& actions,
-                                                            const CheckEarlierSend& checkEarlierSend)
+std::optional<std::vector<AnkiReply>> KSWAnkiconnect::multi(const std::vector<Action>& actions)
 {
     if (actions.empty())
         return std::vector<AnkiReply>();
     if (actions.size() == 1) {
-        Reply reply = postRequest(actions.front().action, actions.front().params, checkEarlierSend);
+        Reply reply = postRequest(actions.front().action, actions.front().params, {});
         if (!reply)
             return std::nullopt;
         return std::vector<AnkiReply>{std::move(*reply)};
@@ -113,7 +112,7 @@ std::optional<std::vector<AnkiReply>> KSWAnkiconnect::multi(const std::vector<Ac
                                 {QStringLiteral("version"), 6},
                                 {QStringLiteral("params"), action.params}});
     }
-    const Reply reply = postRequest(QStringLiteral("multi"), QJsonObject{{QStringLiteral("actions"), list}}, checkEarlierSend);
+    const Reply reply = postRequest(QStringLiteral("multi"), QJsonObject{{QStringLiteral("actions"), list}}, {});
     if (!reply)
         return std::nullopt;
     return splitMultiReply(*reply, actions.size());

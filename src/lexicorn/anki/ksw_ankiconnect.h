@@ -73,8 +73,7 @@ public:
     // One {"result", "error"} reply per action, in order; nothing when Anki
     // did not answer. An error of the request as a whole becomes each
     // action's reply.
-    std::optional<std::vector<AnkiReply>> multi(const std::vector<Action>& actions,
-                                                const CheckEarlierSend& checkEarlierSend = {});
+    std::optional<std::vector<AnkiReply>> multi(const std::vector<Action>& actions);
 
     // True for the actions that add to the collection (and a "multi" that
     // holds one): they are not sent again blindly.

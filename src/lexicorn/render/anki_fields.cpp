@@ -1,6 +1,7 @@
 #include "lexicorn/render/anki_fields.h"
 
 #include "lexicorn/render/html_text.h"
+#include "lexicorn/render/note_format.h"
 #include "lexicorn/services/ksw_play_sound.h"
 #include "lexicorn/services/voice_endpoint.h"
 #include "lexicorn/services/word_audio.h"
@@ -23,7 +24,6 @@ const QString itemOutOfRangeLog = QStringLiteral("🌀🌀🌀 item 超出范围
 const QString itemOutOfRange = QStringLiteral("索引 item 超出范围");
 const QString deckOrTypeMissing = QStringLiteral("未设置正确的 Deck、Type 名称！");
 const QString soundNotStored = QStringLiteral("声音文件未能存入 Anki：");
-const QString ankiUnreachable = QStringLiteral("Ankiconnect 连接失败！");
 
 const QString soundScheme = QStringLiteral("sound://");
 const QString localPrefix = QStringLiteral("MN3_LW_");
@@ -269,7 +269,7 @@ CardResult<QJsonObject> AnkiCardDraft::noteWith(const std::vector<StoredMedia>& 
     for (const std::optional<MediaFile>& sound : exampleSounds)
         exampleTags.push_back(tagFor(sound));
     if (!ankiAnswered)
-        return CardError::make(ErrorCode::ankiUnreachable, ankiUnreachable);
+        return CardError::make(ErrorCode::ankiUnreachable, cardmessage::ankiUnreachable);
     if (!unstored.isEmpty())
         return CardError::make(ErrorCode::structure, soundNotStored + unstored.join(QStringLiteral("、")));
 

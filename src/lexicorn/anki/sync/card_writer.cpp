@@ -11,6 +11,9 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+#include <iterator>
+
 namespace lexicorn {
 
 namespace {
@@ -81,6 +84,7 @@ std::vector<Outcome> CardWriter::write(const std::vector<const DictNote*>& notes
     std::vector<Pending> cards(notes.size());
     std::vector<std::optional<AnkiCardDraft>> drafts(notes.size());
     std::vector<MediaFile> sounds;
+    std::vector<std::ptrdiff_t> soundCount(notes.size(), 0);
     for (std::size_t index = 0; index < notes.size(); ++index) {
         cards[index].note = notes[index];
         if (!lookups[index]) {
@@ -93,8 +97,9 @@ std::vector<Outcome> CardWriter::write(const std::vector<const DictNote*>& notes
             continue;
         }
         drafts[index] = std::move(draft.value());
-        for (MediaFile& sound : drafts[index]->soundFiles())
-            sounds.push_back(std::move(sound));
+        std::vector<MediaFile> own = drafts[index]->soundFiles();
+        soundCount[index] = std::ptrdiff_t(own.size());
+        std::move(own.begin(), own.end(), std::back_inserter(sounds));
     }
 
     // Every card's sounds in one request, then each card takes its share.
@@ -103,9 +108,8 @@ std::vector<Outcome> CardWriter::write(const std::vector<const DictNote*>& notes
     for (std::size_t index = 0; index < notes.size(); ++index) {
         if (!drafts[index])
             continue;
-        const auto share = std::ptrdiff_t(drafts[index]->soundFiles().size());
-        const CardResult<QJsonObject> ankiNote = drafts[index]->noteWith(std::vector<StoredMedia>(next, next + share));
-        next += share;
+        const CardResult<QJsonObject> ankiNote = drafts[index]->noteWith(std::vector<StoredMedia>(next, next + soundCount[index]));
+        next += soundCount[index];
         if (ankiNote)
             cards[index].params = QJsonObject{{noteKey, ankiNote.value()}};
         else
