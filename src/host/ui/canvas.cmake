@@ -1,0 +1,1 @@
+# The book canvas: Poppler pages rendered off the main thread.

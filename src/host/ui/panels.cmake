@@ -1,0 +1,1 @@
+# The notebook panel, heads-up overlay, alerts and the web research pane.

@@ -1,0 +1,1 @@
+# The main window (the study board) and the reader program.

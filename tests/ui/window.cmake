@@ -1,0 +1,1 @@
+# Tests of the whole reader with the plug-in.
