@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -75,6 +76,8 @@ TEST(NotebookCliTest, AddedNotesAreListedAndShownWhole)
     QJsonObject expected = QJsonDocument::fromJson(cardJson).object();
     expected.insert(QStringLiteral("mindSize"), QJsonObject{{QStringLiteral("width"), 0}, {QStringLiteral("height"), 0}});
     expected.insert(QStringLiteral("highlightStyle"), QStringLiteral(""));
+    expected.insert(QStringLiteral("pageNo"), 0);
+    expected.insert(QStringLiteral("highlightRects"), QJsonArray());
     EXPECT_EQ(QJsonDocument::fromJson(show.out.toUtf8()).object(), expected) << show.out.toStdString();
 }
 

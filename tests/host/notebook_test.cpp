@@ -1,6 +1,7 @@
 #include "host/notebook/mb_model_tool.h"
 #include "host/notebook/notebook.h"
 
+#include <QThread>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -78,6 +79,8 @@ std::vector<RoundTripCase> roundTripCases()
     card.setMindSize({312.5, 88.25});
     card.setHighlightStyle(QStringLiteral("yellow-underline"));
     card.setBookMd5(QStringLiteral("0cc175b9c0f1b6a831c399e269772661"));
+    card.setPageNo(12);
+    card.setHighlightRects({QRectF(72.5, 100, 300.25, 12), QRectF(72, 113.5, 80, 12)});
 
     // Comments are kept as the host has them, including ones that are not
     // records at all, and values of every JSON kind.
@@ -407,6 +410,41 @@ TEST_F(MbModelToolTest, BooksAreFoundByMd5AndKeepTheirLatestTitle)
     for (const Case& c : cases)
         EXPECT_EQ(tool.getBookFromMd5_(QString::fromLatin1(c.md5)), c.book) << c.md5;
     EXPECT_EQ(tool.books().size(), 2u);
+
+    // The reader remembers where it left a book; the last one opened comes first.
+    EXPECT_TRUE(tool.recentBooks(5).empty());
+    ASSERT_TRUE(tool.setLastPage(QStringLiteral("bbb"), 7));
+    QThread::msleep(5);
+    ASSERT_TRUE(tool.setLastPage(QStringLiteral("aaa"), 3));
+    const std::vector<MbBook> recent = tool.recentBooks(5);
+    ASSERT_EQ(recent.size(), 2u);
+    EXPECT_EQ(recent[0].bookMd5, QStringLiteral("aaa"));
+    EXPECT_EQ(recent[1].lastPage, 7);
+    EXPECT_EQ(tool.recentBooks(1).size(), 1u);
+}
+
+TEST_F(MbModelToolTest, ANotebookOfTheFirstLayoutIsUpgradedKeepingItsNotes)
+{
+    QDir().mkpath(QFileInfo(path()).absolutePath());
+    makeForeignDatabase(path(), {
+        QStringLiteral("CREATE TABLE notes (seq INTEGER PRIMARY KEY, noteid TEXT NOT NULL UNIQUE, notetitle TEXT NOT NULL,"
+                       " highlight_text TEXT NOT NULL, notes TEXT NOT NULL, mind_width REAL NOT NULL,"
+                       " mind_height REAL NOT NULL, highlight_style TEXT NOT NULL, book_md5 TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE books (md5 TEXT PRIMARY KEY, title TEXT NOT NULL, path TEXT NOT NULL)"),
+        QStringLiteral("INSERT INTO notes VALUES (1, 'old', 'kept', '', '[]', 0, 0, '', 'aaa')"),
+        QStringLiteral("INSERT INTO books VALUES ('aaa', 'Old book', '/a.pdf')"),
+        QStringLiteral("PRAGMA user_version = 1"),
+    });
+    Notebook notebook(path());
+    ASSERT_TRUE(notebook.open()) << notebook.errorString().toStdString();
+    EXPECT_EQ(notebook.note(QStringLiteral("old"))->notetitle(), QStringLiteral("kept"));
+    MbModelTool tool(notebook);
+    EXPECT_EQ(tool.getBookFromMd5_(QStringLiteral("aaa"))->lastPage, 0);
+    MbBookNote placed = makeNote(QStringLiteral("new"), QStringLiteral("placed"), QStringLiteral("aaa"));
+    placed.setPageNo(2);
+    placed.setHighlightRects({QRectF(1, 2, 3, 4)});
+    ASSERT_TRUE(notebook.add(placed)) << notebook.errorString().toStdString();
+    EXPECT_EQ(notebook.note(QStringLiteral("new")), placed);
 }
 
 }  // namespace

@@ -5,8 +5,11 @@
 #include "lexicorn/render/dict_note.h"
 
 #include <QJsonArray>
+#include <QRectF>
 #include <QJsonObject>
 #include <QString>
+
+#include <vector>
 
 namespace lexicorn::host {
 
@@ -45,10 +48,18 @@ public:
     QString bookMd5() const { return bookMd5_; }
     void setBookMd5(const QString& md5) { bookMd5_ = md5; }
 
+    // Where the excerpt stands: its page (from 1; 0 for none) and the
+    // rectangles of its highlight on that page, in page points.
+    int pageNo() const { return pageNo_; }
+    void setPageNo(int pageNo) { pageNo_ = pageNo; }
+    const std::vector<QRectF>& highlightRects() const { return highlightRects_; }
+    void setHighlightRects(std::vector<QRectF> rects) { highlightRects_ = std::move(rects); }
+
     const NoteRecord& record() const { return record_; }
 
     // {"noteid", "notetitle", "highlight_text", "notes", "bookMd5",
-    //  "mindSize": {"width", "height"}, "highlightStyle"}.
+    //  "mindSize": {"width", "height"}, "highlightStyle", "pageNo",
+    //  "highlightRects": [[x, y, width, height], ...]}.
     QJsonObject toJson() const;
     // The card members as NoteRecord::fromJson reads them; the reader's own
     // members are optional and read as empty or 0 when missing or of another kind.
@@ -58,7 +69,8 @@ public:
     {
         return a.record_.noteid == b.record_.noteid && a.record_.notetitle == b.record_.notetitle
             && a.record_.highlight_text == b.record_.highlight_text && a.record_.notes == b.record_.notes
-            && a.mindSize_ == b.mindSize_ && a.highlightStyle_ == b.highlightStyle_ && a.bookMd5_ == b.bookMd5_;
+            && a.mindSize_ == b.mindSize_ && a.highlightStyle_ == b.highlightStyle_ && a.bookMd5_ == b.bookMd5_
+            && a.pageNo_ == b.pageNo_ && a.highlightRects_ == b.highlightRects_;
     }
 
 private:
@@ -66,6 +78,13 @@ private:
     MindSize mindSize_;
     QString highlightStyle_;
     QString bookMd5_;
+    int pageNo_ = 0;
+    std::vector<QRectF> highlightRects_;
 };
+
+// Rectangles as [[x, y, width, height], ...] and back; entries of another
+// shape are left out.
+QJsonArray rectsJson(const std::vector<QRectF>& rects);
+std::vector<QRectF> rectsOfJson(const QJsonArray& array);
 
 }  // namespace lexicorn::host

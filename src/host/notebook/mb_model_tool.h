@@ -5,6 +5,7 @@
 #include "host/notebook/notebook.h"
 
 #include <QString>
+#include <QVariantList>
 
 #include <optional>
 #include <vector>
@@ -15,6 +16,7 @@ struct MbBook {
     QString bookMd5;    // lower-case hex MD5 of the PDF file's bytes
     QString bookTitle;
     QString path;       // where the PDF was when it was added
+    int lastPage = 0;   // where the reader left it, from 1; 0: never opened
     friend bool operator==(const MbBook&, const MbBook&) = default;
 };
 
@@ -33,8 +35,15 @@ public:
     std::optional<MbBook> getBookFromMd5_(const QString& md5);
     // Ordered by title.
     std::vector<MbBook> books();
+    // Remembers the page the reader shows and that the book was opened now.
+    bool setLastPage(const QString& md5, int pageNo);
+    // The books opened most recently first, at most `limit`.
+    std::vector<MbBook> recentBooks(int limit);
 
 private:
+    // The books of "SELECT ... FROM books " + rest, with rest's values bound.
+    std::vector<MbBook> selectBooks(const QString& rest, const QVariantList& values);
+
     Notebook& notebook_;
 };
 

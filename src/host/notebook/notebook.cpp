@@ -35,17 +35,30 @@ const QStringList schema{
                    " mind_width REAL NOT NULL,"
                    " mind_height REAL NOT NULL,"
                    " highlight_style TEXT NOT NULL,"
-                   " book_md5 TEXT NOT NULL)"),
+                   " book_md5 TEXT NOT NULL,"
+                   " page_no INTEGER NOT NULL DEFAULT 0,"  // the page of the excerpt, from 1; 0: none
+                   " highlight_rects TEXT NOT NULL DEFAULT '[]')"),  // [[x, y, w, h], ...] in page points
     QStringLiteral("CREATE INDEX notes_of_book ON notes (book_md5, seq)"),
     QStringLiteral("CREATE TABLE books ("
                    " md5 TEXT PRIMARY KEY,"
                    " title TEXT NOT NULL,"
-                   " path TEXT NOT NULL)"),
+                   " path TEXT NOT NULL,"
+                   " last_page INTEGER NOT NULL DEFAULT 0,"  // where the reader left the book, from 1
+                   " last_opened REAL NOT NULL DEFAULT 0)"),  // seconds since 1970; 0: never opened
     QStringLiteral("PRAGMA user_version = %1").arg(Notebook::schemaVersion),
 };
 
-const QString noteColumns =
-    QStringLiteral("noteid, notetitle, highlight_text, notes, mind_width, mind_height, highlight_style, book_md5");
+// What a notebook of layout 1 needs to read as the current layout.
+const QStringList upgradeFrom1{
+    QStringLiteral("ALTER TABLE notes ADD COLUMN page_no INTEGER NOT NULL DEFAULT 0"),
+    QStringLiteral("ALTER TABLE notes ADD COLUMN highlight_rects TEXT NOT NULL DEFAULT '[]'"),
+    QStringLiteral("ALTER TABLE books ADD COLUMN last_page INTEGER NOT NULL DEFAULT 0"),
+    QStringLiteral("ALTER TABLE books ADD COLUMN last_opened REAL NOT NULL DEFAULT 0"),
+    QStringLiteral("PRAGMA user_version = %1").arg(Notebook::schemaVersion),
+};
+
+const QString noteColumns = QStringLiteral(
+    "noteid, notetitle, highlight_text, notes, mind_width, mind_height, highlight_style, book_md5, page_no, highlight_rects");
 
 // SQLite stores a null QString as NULL, which the NOT NULL columns refuse.
 QString text(const QString& value)
@@ -58,6 +71,11 @@ QString commentsText(const QJsonArray& comments)
     return QString::fromUtf8(QJsonDocument(comments).toJson(QJsonDocument::Compact));
 }
 
+QString rectsText(const std::vector<QRectF>& rects)
+{
+    return QString::fromUtf8(QJsonDocument(rectsJson(rects)).toJson(QJsonDocument::Compact));
+}
+
 MbBookNote noteOfRow(const QSqlQuery& row)
 {
     MbBookNote note;
@@ -68,6 +86,8 @@ MbBookNote noteOfRow(const QSqlQuery& row)
     note.setMindSize({row.value(4).toDouble(), row.value(5).toDouble()});
     note.setHighlightStyle(row.value(6).toString());
     note.setBookMd5(row.value(7).toString());
+    note.setPageNo(row.value(8).toInt());
+    note.setHighlightRects(rectsOfJson(QJsonDocument::fromJson(row.value(9).toString().toUtf8()).array()));
     return note;
 }
 
@@ -178,7 +198,7 @@ QString Notebook::openConnection()
             .arg(schemaVersion);
     if (version == 0 && !tables.isEmpty())
         return QStringLiteral("it is a database of another program (tables: %1)").arg(tables.join(u' '));
-    if (version == schemaVersion
+    if (version >= 1
         && (!tables.contains(QStringLiteral("notes")) || !tables.contains(QStringLiteral("books"))))
         return QStringLiteral("its notes or books table is missing");
 
@@ -191,11 +211,12 @@ QString Notebook::openConnection()
     if (!query.exec(QStringLiteral("PRAGMA synchronous = FULL")))
         return errorOf(query);
 
-    if (version == 0) {
-        // A new file: all tables and the layout number in one transaction.
+    if (version == 0 || version == 1) {
+        // A new file gets all tables, an older one what it lacks; either in
+        // one transaction with the layout number.
         if (!query.exec(QStringLiteral("BEGIN IMMEDIATE")))
             return errorOf(query);
-        for (const QString& statement : schema) {
+        for (const QString& statement : version == 0 ? schema : upgradeFrom1) {
             if (!query.exec(statement)) {
                 const QString message = errorOf(query);
                 query.exec(QStringLiteral("ROLLBACK"));
@@ -262,10 +283,12 @@ bool Notebook::add(MbBookNote& note)
         if (query.next())
             return fail(QStringLiteral("add: a note with the id %1 is already in the notebook").arg(noteid));
         query.finish();
-        query.prepare(QStringLiteral("INSERT INTO notes (%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?)").arg(noteColumns));
+        query.prepare(QStringLiteral("INSERT INTO notes (%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(noteColumns));
         query.addBindValue(noteid);
         bindEditableFields(query, note);
         query.addBindValue(text(note.bookMd5()));
+        query.addBindValue(note.pageNo());
+        query.addBindValue(rectsText(note.highlightRects()));
         if (!query.exec())
             return fail(QStringLiteral("add: %1").arg(errorOf(query)));
         return true;

@@ -18,7 +18,7 @@ class Notebook {
 public:
     // The layout of the tables; a file with a higher number was written by a
     // newer reader and is not opened.
-    static constexpr int schemaVersion = 1;
+    static constexpr int schemaVersion = 2;
 
     // homeDirectory() + "/Lexicorn/notebook.sqlite".
     static QString defaultPath();
@@ -46,7 +46,8 @@ public:
     std::vector<MbBookNote> notes();
     std::vector<MbBookNote> notesOfBook(const QString& bookMd5);
     // Writes the title, excerpt, comments, mind size and highlight style of
-    // the stored note with the same id; its book and place stay. False when
+    // the stored note with the same id; its book, page and highlight
+    // rectangles stay. False when
     // there is no such note.
     bool update(const MbBookNote& note);
     // False when there is no such note.
