@@ -4,6 +4,8 @@
 
 #include "foundation/log.h"
 
+#include <QSizeF>
+
 namespace lexicorn::host {
 
 using runtime::makeImp;
@@ -29,7 +31,23 @@ void registerNoteClasses(runtime::Runtime& runtime)
     runtime.addMethod(note, "notetitle", makeImp([](BookNoteObject& self) { return self.note.notetitle(); }));
     runtime.addMethod(note, "highlight_text", makeImp([](BookNoteObject& self) { return self.note.highlight_text(); }));
     runtime.addMethod(note, "notes", makeImp([](BookNoteObject& self) { return self.note.notes(); }));
-    runtime.addMethod(note, "setNotes:", makeImp([](BookNoteObject& self, QJsonArray notes) { self.note.setNotes(notes); }));
+    runtime.addMethod(note, "setNotes:", makeImp([](BookNoteObject& self, QJsonArray notes) {
+        self.note.setNotes(notes);
+        save(self);
+    }));
+    runtime.addMethod(note, "setNotetitle:", makeImp([](BookNoteObject& self, QString title) {
+        self.note.setNotetitle(title);
+        save(self);
+    }));
+    runtime.addMethod(note, "highlight_style", makeImp([](BookNoteObject& self) { return self.note.highlightStyle(); }));
+    runtime.addMethod(note, "setHighlight_style:", makeImp([](BookNoteObject& self, QString style) {
+        self.note.setHighlightStyle(style);
+        save(self);
+    }));
+    runtime.addMethod(note, "setMindsizeBySize:", makeImp([](BookNoteObject& self, QSizeF size) {
+        self.note.setMindSize({size.width(), size.height()});
+        save(self);
+    }));
     runtime.addMethod(note, "highlightTextFromAttributedText:", makeImp([](BookNoteObject& self, QString excerpt) {
         self.note.setHighlight_text(excerpt);
         save(self);

@@ -18,10 +18,11 @@ inline constexpr const char* bookNoteClassName = "MbBookNote";
 inline constexpr const char* studyboardClassName = "MbUIStudyboardController";
 
 // One mind-map note: "noteid", "notetitle", "highlight_text", "notes" and
-// "setNotes:" read and write the note it holds. The reader's own edits,
-// "highlightTextFromAttributedText:" (the excerpt, bold as <b>) and
-// "setNotesAndUpdateMediaList:clear:" (the comments), are also written to
-// the notebook when the note came from one.
+// "highlight_style" read the note it holds. Every write is also saved to the
+// notebook when the note came from one: "setNotes:",
+// "setNotesAndUpdateMediaList:clear:" (the comments), "setNotetitle:",
+// "highlightTextFromAttributedText:" (the excerpt, bold as <b>),
+// "setHighlight_style:" and "setMindsizeBySize:".
 class BookNoteObject : public runtime::Object {
 public:
     BookNoteObject(runtime::Class& cls, MbBookNote note, Notebook* notebook = nullptr)

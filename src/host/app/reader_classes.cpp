@@ -59,7 +59,10 @@ void registerBookView(runtime::Runtime& runtime)
         self.bookMd5.clear();
         self.currentPage = 0;
         self.selectionRect = QRectF();
+        self.textSelection = {};
+        self.selectsText = false;
         self.selectionPage = 0;
+        self.focusNote.reset();
     }));
     runtime.addMethod(view, "currentBookMd5", makeImp([](BookViewObject& self) { return self.bookMd5; }));
     runtime.addMethod(view, "currentPageNo", makeImp([](BookViewObject& self) { return self.currentPage; }));
@@ -69,18 +72,7 @@ void registerBookView(runtime::Runtime& runtime)
     }));
     runtime.addMethod(view, "pdfViewHandle",
                       makeImp([](BookViewObject& self) { return self.document ? self.document->viewHandle() : std::int64_t(0); }));
-    runtime.addMethod(view, "setPDFSelection:pageNo:", makeImp([](BookViewObject& self, QRectF rect, int pageNo) {
-        const bool selects = self.document && !rect.isEmpty();
-        self.selectionRect = selects ? rect : QRectF();
-        self.selectionPage = selects ? pageNo : 0;
-    }));
-    runtime.addMethod(view, "selectionRect", makeImp([](BookViewObject& self) { return self.selectionRect; }));
-    runtime.addMethod(view, "selectionPageNo", makeImp([](BookViewObject& self) { return self.selectionPage; }));
-    runtime.addMethod(view, "selectionText", makeImp([](BookViewObject& self) {
-        if (!self.document || self.selectionRect.isEmpty())
-            return QString();
-        return selectionTextOf(self.document->textContentsForPageNo_(self.selectionPage), self.selectionRect);
-    }));
+    registerBookViewMethods(runtime);
 }
 
 void registerPageText(runtime::Runtime& runtime)
@@ -112,6 +104,16 @@ void registerBooks(runtime::Runtime& runtime)
 }
 
 }  // namespace
+
+std::shared_ptr<Notebook> sharedNotebook()
+{
+    return sharedModelTool() ? sharedModelTool()->notebook : nullptr;
+}
+
+PageLines pageLinesOf(const BookViewObject& view, int pageNo)
+{
+    return view.document ? view.document->textContentsForPageNo_(pageNo) : PageLines();
+}
 
 QString selectionTextOf(const PageLines& lines, const QRectF& selection)
 {

@@ -5,11 +5,13 @@
 // page-text interface over Poppler and the book records of the notebook.
 
 #include "host/app/host_classes.h"
+#include "host/app/text_selection.h"
 #include "host/notebook/mb_model_tool.h"
 #include "host/pdf/pdf_objc_api.h"
 
 #include "runtime/runtime.h"
 
+#include <QPointF>
 #include <QRectF>
 #include <QString>
 
@@ -22,20 +24,68 @@ inline constexpr const char* pdfApiClassName = "PdfObjCAPI";
 inline constexpr const char* modelToolClassName = "MbModelTool";
 inline constexpr const char* bookClassName = "MbBook";
 
-// The book view: "openBook:topicid:noteid:bookLocation:" (book MD5, topic
-// id, note id, page number), "closeBook", "currentBookMd5", "currentPageNo",
-// "setCurrentPageNo:", "pdfViewHandle" (0 while no book is open),
-// "setPDFSelection:pageNo:" (a rectangle in page coordinates; an empty one
-// clears the selection), "selectionRect", "selectionPageNo" and
-// "selectionText".
+// What shows a book view on screen. The windowless model works without
+// one; the reader's window installs itself here and repaints on these calls.
+class BookDisplay {
+public:
+    virtual ~BookDisplay() = default;
+    virtual void selectionChanged() = 0;
+    virtual void highlightsChanged() = 0;
+    // Scrolls so that the area of the page (the page's top when empty) shows.
+    virtual void showPlace(int pageNo, const QRectF& area) = 0;
+    // The note was made or chosen: the notebook panel shows it.
+    virtual void noteFocused(const QString& noteid) = 0;
+    // The reader's menu of what to do with the selection, at a page point.
+    virtual void showContextMenu(int pageNo, const QPointF& point) = 0;
+    // A point of the page's view (as the page image shows it) in page points.
+    virtual QPointF viewToPage(int pageNo, const QPointF& point) const = 0;
+};
+
+// A tap or click on a page: "pageNo", "pagePoint" (page points),
+// "locationInView:" (the book view's coordinates) and "numberOfTapsRequired".
+class TapRecognizerObject : public runtime::Object {
+public:
+    explicit TapRecognizerObject(runtime::Class& cls) : Object(cls) {}
+    int taps = 1;
+    int pageNo = 0;
+    QPointF pagePoint;
+    QPointF viewPoint;
+};
+
+// The selection modes of "setSelectionMode:": the characters under an area,
+// or the running text from the start point to the end point.
+inline constexpr int areaSelectionMode = 1;
+inline constexpr int textSelectionMode = 2;
+
+// The book view. Book: "openBook:topicid:noteid:bookLocation:" (book MD5,
+// topic id, note id, page number), "closeBook", "currentBookMd5",
+// "currentPageNo", "setCurrentPageNo:", "pdfViewHandle" (0 while no book is
+// open). Selection (book_view_methods.cpp): the start and end points, page
+// and mode are set first, then "setPDFSelection:texSelMode:wholeWord:"
+// applies them; "setPDFSelection:pageNo:" selects an area at once.
+// Highlights and notes: "highlight:", "noteHighlight:", "pdfFocusNote",
+// "setTitleHighlight:", "noteEditor".
 class BookViewObject : public ViewControllerObject {
 public:
     explicit BookViewObject(runtime::Class& cls) : ViewControllerObject(cls) {}
     std::unique_ptr<PdfObjCAPI> document;
     QString bookMd5;
     int currentPage = 0;
-    QRectF selectionRect;
+
+    // The selection as last set: its points (page coordinates), page and mode.
+    QPointF selectionStart;
+    QPointF selectionEnd;
     int selectionPage = 0;
+    int selectionMode = textSelectionMode;
+    // The selection as applied: the area, or the characters of running text.
+    QRectF selectionRect;
+    TextSelection textSelection;
+    bool selectsText = false;
+
+    std::shared_ptr<runtime::Object> focusNote;  // the note last made or chosen
+    int highlightMode = 0;  // 1: the highlighter is on, a selection is highlighted at once
+    QPointF contextMenuPoint;
+    BookDisplay* display = nullptr;
 };
 
 // "+initWithViewHandle:" makes one for an opened document;
@@ -72,6 +122,18 @@ QString selectionTextOf(const PageLines& lines, const QRectF& selection);
 
 // Registers the classes (after the application's own); safe to call again.
 void registerReaderClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+// The notebook of the shared model tool, or null.
+std::shared_ptr<Notebook> sharedNotebook();
+
+// The page text of the open book's page, or nothing.
+PageLines pageLinesOf(const BookViewObject& view, int pageNo);
+
+// Adds the selection, highlight and note methods (book_view_methods.cpp).
+void registerBookViewMethods(runtime::Runtime& runtime);
+
+std::shared_ptr<TapRecognizerObject> makeTapRecognizer(int taps, int pageNo, QPointF pagePoint, QPointF viewPoint,
+                                                       runtime::Runtime& runtime = runtime::Runtime::shared());
 
 std::shared_ptr<BookViewObject> makeBookView(runtime::Runtime& runtime = runtime::Runtime::shared());
 // Makes the model tool of this open notebook the shared one; null clears it.

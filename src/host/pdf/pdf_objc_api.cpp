@@ -78,6 +78,31 @@ PageLines PdfObjCAPI::textContentsForPageNo_(int pageNo) const
 {
     if (!document_ || pageNo < 1 || pageNo > document_->numPages())
         return {};
+    if (const PageLines* known = textCache_.object(pageNo))
+        return *known;
+    PageLines lines = readPageText(pageNo);
+    textCache_.insert(pageNo, new PageLines(lines));
+    return lines;
+}
+
+std::vector<PdfObjCAPI::OutlineEntry> PdfObjCAPI::outline() const
+{
+    std::vector<OutlineEntry> entries;
+    if (!document_)
+        return entries;
+    const auto walk = [&entries](const auto& self, const QList<Poppler::OutlineItem>& items, int level) -> void {
+        for (const Poppler::OutlineItem& item : items) {
+            const QSharedPointer<const Poppler::LinkDestination> destination = item.destination();
+            entries.push_back({item.name(), destination ? destination->pageNumber() : 0, level});
+            self(self, item.children(), level + 1);
+        }
+    };
+    walk(walk, document_->outline(), 0);
+    return entries;
+}
+
+PageLines PdfObjCAPI::readPageText(int pageNo) const
+{
     const std::unique_ptr<Poppler::Page> page = document_->page(pageNo - 1);
     if (!page)
         return {};

@@ -2,10 +2,12 @@
 
 #include "lexicorn/reader/char_record.h"
 
+#include <QCache>
 #include <QString>
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace Poppler {
 class Document;
@@ -37,7 +39,20 @@ public:
     // page number outside the document.
     PageLines textContentsForPageNo_(int pageNo) const;
 
+    // The document's table of contents, depth first.
+    struct OutlineEntry {
+        QString title;
+        int pageNo = 0;  // from 1; 0 when the entry leads nowhere
+        int level = 0;   // 0 for the top entries
+    };
+    std::vector<OutlineEntry> outline() const;
+
 private:
+    PageLines readPageText(int pageNo) const;
+
+    // The text of the last pages read: a drag over a page asks for it at
+    // every mouse move.
+    mutable QCache<int, PageLines> textCache_{8};
     std::unique_ptr<Poppler::Document> document_;
     std::int64_t viewHandle_;
 };
