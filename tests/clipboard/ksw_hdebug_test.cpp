@@ -6,7 +6,7 @@
 #include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
-#include <QObject>
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -31,9 +31,9 @@ protected:
 
 TEST_F(KSWHDebugClipboard, ListeningPassesCopiesToTheControllersUpdate)
 {
-    QObject controller;
+    auto controller = std::make_shared<int>(0);
     QStringList updates;
-    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << text; });
+    KSWHDebug::pasteboardChangedListen_(controller, [&](const QString& text) { updates << text; });
     EXPECT_TRUE(Clipboard::shared().isRunning());
     copyAndPoll(QStringLiteral("serendipity"));
     EXPECT_EQ(updates, QStringList{"serendipity"});
@@ -41,11 +41,11 @@ TEST_F(KSWHDebugClipboard, ListeningPassesCopiesToTheControllersUpdate)
 
 TEST_F(KSWHDebugClipboard, ListeningAgainWhileRunningAddsNothing)
 {
-    QObject first;
-    QObject second;
+    auto first = std::make_shared<int>(1);
+    auto second = std::make_shared<int>(2);
     QStringList updates;
-    KSWHDebug::pasteboardChangedListen_(&first, [&](const QString& text) { updates << QStringLiteral("first:") + text; });
-    KSWHDebug::pasteboardChangedListen_(&second, [&](const QString& text) { updates << QStringLiteral("second:") + text; });
+    KSWHDebug::pasteboardChangedListen_(first, [&](const QString& text) { updates << QStringLiteral("first:") + text; });
+    KSWHDebug::pasteboardChangedListen_(second, [&](const QString& text) { updates << QStringLiteral("second:") + text; });
     EXPECT_EQ(Clipboard::shared().hooks().size(), 1u);
     copyAndPoll(QStringLiteral("once"));
     EXPECT_EQ(updates, QStringList{"first:once"});
@@ -53,9 +53,9 @@ TEST_F(KSWHDebugClipboard, ListeningAgainWhileRunningAddsNothing)
 
 TEST_F(KSWHDebugClipboard, AGoneControllerIsNoLongerUpdated)
 {
-    auto controller = std::make_unique<QObject>();
+    auto controller = std::make_shared<int>(0);
     QStringList updates;
-    KSWHDebug::pasteboardChangedListen_(controller.get(), [&](const QString& text) { updates << text; });
+    KSWHDebug::pasteboardChangedListen_(controller, [&](const QString& text) { updates << text; });
     copyAndPoll(QStringLiteral("alive"));
     controller.reset();
     copyAndPoll(QStringLiteral("gone"));
@@ -65,15 +65,15 @@ TEST_F(KSWHDebugClipboard, AGoneControllerIsNoLongerUpdated)
 
 TEST_F(KSWHDebugClipboard, StoppingEndsTheUpdatesAndAllowsListeningAnew)
 {
-    QObject controller;
+    auto controller = std::make_shared<int>(0);
     QStringList updates;
-    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << QStringLiteral("old:") + text; });
-    KSWHDebug::pasteboardChangedStop_(&controller);
+    KSWHDebug::pasteboardChangedListen_(controller, [&](const QString& text) { updates << QStringLiteral("old:") + text; });
+    KSWHDebug::pasteboardChangedStop_(controller);
     EXPECT_FALSE(Clipboard::shared().isRunning());
     EXPECT_TRUE(Clipboard::shared().hooks().empty());
     copyAndPoll(QStringLiteral("while stopped"));
 
-    KSWHDebug::pasteboardChangedListen_(&controller, [&](const QString& text) { updates << QStringLiteral("new:") + text; });
+    KSWHDebug::pasteboardChangedListen_(controller, [&](const QString& text) { updates << QStringLiteral("new:") + text; });
     copyAndPoll(QStringLiteral("after"));
     EXPECT_EQ(updates, QStringList{"new:after"});
 }

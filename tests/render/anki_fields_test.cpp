@@ -52,7 +52,7 @@ protected:
         home_.writeDict(QStringLiteral("take_us.mp3"), "take, American");
     }
 
-    CardResult<QJsonObject> fields(const DictData& data, IndexPath path = {0, 0}, std::optional<QJsonValue> ankiID = std::nullopt)
+    CardResult<QJsonObject> fields(const DictData& data, SenseIndex path = {0, 0}, std::optional<QJsonValue> ankiID = std::nullopt)
     {
         return noteAsAsked(draftForAnki(data, QStringLiteral("took"), QStringLiteral("Book <1>"), path,
                                         QStringLiteral("她<b>拿</b>了。"), ankiID, QStringLiteral("<div>extra</div>"),
@@ -138,7 +138,7 @@ TEST_F(AnkiFields, SettingsAndIndexDecideTheNoteOrTheError)
         const char* deck;
         const char* type;
         const char* duplicate;  // nullptr: not set
-        IndexPath path;
+        SenseIndex path;
         const char* error;      // nullptr: a note
         const char* log;
         bool allowDuplicate;

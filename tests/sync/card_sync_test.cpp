@@ -46,7 +46,7 @@ protected:
     QJsonObject popupParams(const QString& noteid, const QString& deck = {})
     {
         const DictDataPtr lookup = EnWordServer::shared().query(QStringLiteral("took"), QStringLiteral("She took the book home."));
-        CardResult<QJsonObject> note = wordDictForAnki(*lookup, QStringLiteral("took"), QStringLiteral("Sample"), IndexPath{0, 0},
+        CardResult<QJsonObject> note = wordDictForAnki(*lookup, QStringLiteral("took"), QStringLiteral("Sample"), SenseIndex{0, 0},
                                                        QStringLiteral("她把书带回家了。"), std::nullopt, std::nullopt, noteid);
         EXPECT_TRUE(note);
         QJsonObject fields = note.ok() ? note.value() : QJsonObject();

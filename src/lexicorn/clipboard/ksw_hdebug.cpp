@@ -5,23 +5,22 @@
 
 #include "lexicorn/clipboard/clipboard.h"
 
-#include <QPointer>
 
 namespace lexicorn {
 
-void KSWHDebug::pasteboardChangedListen_(QObject* controller, std::function<void(const QString&)> updateDict)
+void KSWHDebug::pasteboardChangedListen_(std::weak_ptr<void> controller, std::function<void(const QString&)> updateDict)
 {
     Clipboard& clipboard = Clipboard::shared();
     if (clipboard.isRunning())
         return;
     clipboard.startListening();
-    clipboard.onNewCopy([controller = QPointer<QObject>(controller), updateDict = std::move(updateDict)](const QString& text) {
-        if (controller && updateDict)
+    clipboard.onNewCopy([controller = std::move(controller), updateDict = std::move(updateDict)](const QString& text) {
+        if (!controller.expired() && updateDict)
             updateDict(text);
     });
 }
 
-void KSWHDebug::pasteboardChangedStop_(QObject*)
+void KSWHDebug::pasteboardChangedStop_(std::weak_ptr<void>)
 {
     Clipboard::shared().stopListening();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QObject>
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace lexicorn {
 
@@ -15,10 +15,10 @@ public:
     // passes each copied text to updateDict while the controller lives (it is
     // held weakly). When the watcher already runs nothing is added, so calling
     // this twice leaves a single hook.
-    static void pasteboardChangedListen_(QObject* controller, std::function<void(const QString&)> updateDict);
+    static void pasteboardChangedListen_(std::weak_ptr<void> controller, std::function<void(const QString&)> updateDict);
 
     // Stops the shared watcher and drops its hooks.
-    static void pasteboardChangedStop_(QObject* controller);
+    static void pasteboardChangedStop_(std::weak_ptr<void> controller);
 
     // Shows the disclaimer once per account: when "KSW_EXEMPTION_3.7.5" is
     // not yet true, an alert titled "⚠️ 免责声明" with one "OK" button. The

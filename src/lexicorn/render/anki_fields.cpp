@@ -197,7 +197,7 @@ QString formatWithObjects(const QString& format, std::initializer_list<QString> 
     return out;
 }
 
-CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, SenseIndex indexPath,
                                        const QString& sentenceCN, std::optional<QJsonValue> ankiID,
                                        std::optional<QString> appendHtml, const QString& noteId)
 {
@@ -305,7 +305,7 @@ CardResult<QJsonObject> AnkiCardDraft::noteWith(const std::vector<StoredMedia>& 
     return note;
 }
 
-CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, SenseIndex indexPath,
                                         const QString& sentenceCN, std::optional<QJsonValue> ankiID,
                                         std::optional<QString> appendHtml, const QString& noteId)
 {

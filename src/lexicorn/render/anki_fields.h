@@ -120,7 +120,7 @@ QString formatWithObjects(const QString& format, std::initializer_list<QString> 
 
 // An entry and one of its senses: section = index into DictData::enWords(),
 // item = index into that entry's defs.
-struct IndexPath {
+struct SenseIndex {
     qsizetype section = 0;
     qsizetype item = 0;
 };
@@ -142,7 +142,7 @@ struct IndexPath {
 // deck or note type name not set, a sound file Anki does not hold (the
 // message names it); code 20000 "Ankiconnect 连接失败！" when Anki did not
 // answer.
-CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+CardResult<QJsonObject> wordDictForAnki(const DictData& data, const QString& word, const QString& bookTitle, SenseIndex indexPath,
                                         const QString& sentenceCN, std::optional<QJsonValue> ankiID,
                                         std::optional<QString> appendHtml, const QString& noteId = {});
 
@@ -174,7 +174,7 @@ struct AnkiCardDraft {
 
 // The checks of wordDictForAnki, then the sound files (blocking on the
 // voice service); no request to Anki.
-CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, IndexPath indexPath,
+CardResult<AnkiCardDraft> draftForAnki(const DictData& data, const QString& word, const QString& bookTitle, SenseIndex indexPath,
                                        const QString& sentenceCN, std::optional<QJsonValue> ankiID,
                                        std::optional<QString> appendHtml, const QString& noteId = {});
 

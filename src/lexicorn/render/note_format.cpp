@@ -295,7 +295,7 @@ CardResult<AnkiCardDraft> draftFromNote(const DictNote& note, const QString& boo
     if (dictionarySense)
         entry->amePron = dictionarySense->entry->amePron;
     const DictData data(card.word, card.quoteSentence, EnWordList{entry});
-    return draftForAnki(data, card.word, bookTitle, IndexPath{0, 0}, card.sentenceCN, std::move(ankiID), card.appendHtml,
+    return draftForAnki(data, card.word, bookTitle, SenseIndex{0, 0}, card.sentenceCN, std::move(ankiID), card.appendHtml,
                         note.noteid());
 }
 
