@@ -6,6 +6,7 @@
 #include "lexicorn/hosting/pass_through.h"
 #include "lexicorn/hosting/reader_methods.h"
 #include "lexicorn/hosting/startup.h"
+#include "lexicorn/reader/dict_popup.h"
 
 #include "foundation/log.h"
 
@@ -147,6 +148,7 @@ void registerAll(const std::vector<Replacement>& rows)
     registerAll(passThroughReplacements());
     installCardMethods();
     installReaderMethods();
+    installPopupMethods([] { return applicationDelegate().lock(); });
 }
 
 }  // namespace

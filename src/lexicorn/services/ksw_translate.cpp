@@ -62,6 +62,23 @@ QString KSWTranslate::translatorEn_(const QString& sentence)
 
 QString KSWTranslate::translatorEn_withEngine_(const QString& sentence, unsigned engine)
 {
+    const QString key = QString::number(engine) + u'\n' + sentence;
+    {
+        const std::lock_guard lock(memoryMutex_);
+        if (const QString* known = memory_.object(key))
+            return *known;
+    }
+    const QString translation = translateUncached(sentence, engine);
+    // Only answers are remembered: a service that failed is asked again next time.
+    if (!translation.isEmpty()) {
+        const std::lock_guard lock(memoryMutex_);
+        memory_.insert(key, new QString(translation));
+    }
+    return translation;
+}
+
+QString KSWTranslate::translateUncached(const QString& sentence, unsigned engine)
+{
     switch (engine) {
     case automatic: {
         const QString mainland = cnGoogleFromEn_googleCN_(sentence, true);

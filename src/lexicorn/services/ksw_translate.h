@@ -2,7 +2,10 @@
 
 #include <QString>
 
+#include <QCache>
+
 #include <atomic>
+#include <mutex>
 #include <chrono>
 
 namespace lexicorn {
@@ -47,8 +50,12 @@ public:
 
     // The translation by the current engine.
     QString translatorEn_(const QString& sentence);
-    // The translation by the given engine, whatever the current one is.
+    // The translation by the given engine, whatever the current one is. A
+    // sentence this instance translated before with that engine is answered
+    // from memory (the last rememberedTranslations ones), so looking up
+    // several words of one sentence waits for the network only once.
     QString translatorEn_withEngine_(const QString& sentence, unsigned engine);
+    static constexpr int rememberedTranslations = 512;
 
     // One service each. Google mainland when googleCN is true, else international.
     QString cnGoogleFromEn_googleCN_(const QString& sentence, bool googleCN);
@@ -59,7 +66,11 @@ public:
     QString cnDeeplFromEn_(const QString& sentence);
 
 private:
+    QString translateUncached(const QString& sentence, unsigned engine);
+
     std::atomic<unsigned> engine_{googleMainland};
+    std::mutex memoryMutex_;
+    QCache<QString, QString> memory_{rememberedTranslations};
 };
 
 }  // namespace lexicorn
