@@ -119,10 +119,15 @@ TEST_F(TranslateTest, EngineNumberPicksTheServicesInOrder)
         ASSERT_TRUE(server.started()) << c.name;
         server.pointHostsHere();
         translate_.setEngine(c.engine);
-        const QString translation = translate_.translatorEn_(QStringLiteral("The cat sat."));
+        // A sentence of its own per case: an answered one is remembered.
+        const QString sentence = QStringLiteral("The cat sat: %1.").arg(QString::fromUtf8(c.name));
+        const QString translation = translate_.translatorEn_(sentence);
         EXPECT_EQ(translation, c.expected) << c.name;
         EXPECT_FALSE(translation.isNull()) << c.name;
         EXPECT_EQ(server.rolesAsked(), c.asked) << c.name;
+        // Asked again, an answered sentence needs no service; an unanswered one asks again.
+        EXPECT_EQ(translate_.translatorEn_(sentence), c.expected) << c.name;
+        EXPECT_EQ(server.rolesAsked().size(), c.expected.isEmpty() ? 2 * c.asked.size() : c.asked.size()) << c.name;
     }
 }
 

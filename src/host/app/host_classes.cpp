@@ -33,6 +33,8 @@ void registerHostClasses(runtime::Runtime& runtime)
                       makeImp([](AppDelegate& self, std::string text, std::string /*view*/, double seconds) {
                           self.headsUps.append(QString::fromStdString(text));
                           logLine(QStringLiteral("heads-up (%1 s): %2").arg(seconds).arg(QString::fromStdString(text)));
+                          if (self.presentHUD)
+                              self.presentHUD(QString::fromStdString(text), seconds);
                       }));
     // The colour of links in note titles, as a system colour name.
     runtime.addMethod(delegate, "defaultTitleLinkColor0", makeImp([](AppDelegate&) { return std::string("systemBlue"); }));

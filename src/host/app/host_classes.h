@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace lexicorn::host {
@@ -28,6 +29,8 @@ public:
     explicit AppDelegate(runtime::Class& cls) : Object(cls) {}
     bool launched = false;
     QStringList headsUps;  // what showHUD:onView:withDuration: was asked to show
+    // Shows a heads-up message on screen; the reader's window sets it.
+    std::function<void(const QString& text, double seconds)> presentHUD;
     bool commandHeld = false;
     bool spacePressed = false;  // space held: a left-button drag pans the page
     std::shared_ptr<runtime::Object> view;

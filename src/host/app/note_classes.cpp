@@ -63,6 +63,8 @@ void registerNoteClasses(runtime::Runtime& runtime)
     runtime.addMethod(board, "showHUD:withDuration:", makeImp([](StudyboardObject& self, QString text, double seconds) {
         self.headsUps.append(text);
         logLine(QStringLiteral("heads-up (%1 s): %2").arg(seconds).arg(text));
+        if (self.presentHUD)
+            self.presentHUD(text, seconds);
     }));
     runtime.addMethod(board, "toggleBookLeft:", makeImp([](StudyboardObject& self, std::string /*sender*/) {
         self.bookLeftShown = !self.bookLeftShown;

@@ -9,6 +9,7 @@
 
 #include "runtime/runtime.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -42,6 +43,7 @@ public:
     std::vector<std::shared_ptr<runtime::Object>> selection;
     QString bookTitle;
     QStringList headsUps;
+    std::function<void(const QString& text, double seconds)> presentHUD;  // set by the reader's window
     bool bookLeftShown = true;  // "toggleBookLeft:" shows or hides the book beside the map
 };
 

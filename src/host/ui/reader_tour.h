@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QPointF>
+#include <QRectF>
+#include <QString>
+#include <QWidget>
+
+namespace lexicorn::host::ui {
+
+class ReaderWindow;
+
+// A short scripted tour for machines without a display: opens the book,
+// selects a word with mouse events, shows the popup, taps its first sense
+// and shows the new card, saving a screenshot of each step in folder.
+// Prints each screenshot's path; returns the process's exit status.
+int runReaderTour(ReaderWindow& window, const QString& book, const QString& folder);
+
+// Presses the left button at from, drags to to and releases, in the
+// widget's coordinates, as a user's mouse would.
+void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to);
+void clickWithMouse(QWidget& widget, const QPointF& at);
+
+// The first word of at least minLetters letters on the page (from 1) as a
+// page rectangle; empty when there is none.
+QRectF findWordOnPage(const QString& pdfPath, int pageNo, int minLetters, QString* word);
+
+}  // namespace lexicorn::host::ui

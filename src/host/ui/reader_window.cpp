@@ -1,0 +1,410 @@
+#include "host/ui/reader_window.h"
+
+#include "host/app/note_classes.h"
+#include "host/ui/hud_overlay.h"
+#include "host/ui/notebook_panel.h"
+#include "host/ui/research_pane.h"
+
+#include "foundation/notification_center.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <string>
+
+namespace lexicorn::host::ui {
+
+namespace {
+
+using runtime::send;
+using ObjectRef = std::shared_ptr<runtime::Object>;
+
+ReaderWindow*& currentWindow()
+{
+    static ReaderWindow* window = nullptr;
+    return window;
+}
+
+// A highlight's colour by its style name: the translation style blue, the
+// rest the reader's yellow.
+QColor highlightColour(const QString& style)
+{
+    if (style == QStringLiteral("mbooks-annotation10"))
+        return QColor(80, 160, 255, 90);
+    if (style == QStringLiteral("annotation18"))
+        return QColor(255, 120, 120, 90);
+    return QColor(255, 220, 0, 100);
+}
+
+// Drags shorter than this (in page points) are clicks.
+constexpr double clickSlop = 2.0;
+
+}  // namespace
+
+ReaderWindow* ReaderWindow::current()
+{
+    return currentWindow();
+}
+
+ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
+    : QMainWindow(parent), application_(application), studyboard_(makeStudyboard())
+{
+    currentWindow() = this;
+    setWindowTitle(QStringLiteral("Lexicorn Reader"));
+    setAcceptDrops(true);
+    resize(1280, 860);
+
+    board_ = new QWidget(this);
+    auto* layout = new QVBoxLayout(board_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    borderLine_ = new QWidget(board_);
+    borderLine_->setObjectName(QStringLiteral("toolBarBorderLine"));
+    borderLine_->setFixedHeight(1);
+    borderLine_->setStyleSheet(QStringLiteral("background: #c8c8c8;"));
+    layout->addWidget(borderLine_);
+    splitter_ = new QSplitter(Qt::Horizontal, board_);
+    canvas_ = new PageCanvas(splitter_);
+    panel_ = new NotebookPanel(splitter_);
+    research_ = nullptr;
+    splitter_->addWidget(canvas_);
+    splitter_->addWidget(panel_);
+    splitter_->setStretchFactor(0, 3);
+    splitter_->setStretchFactor(1, 2);
+    layout->addWidget(splitter_, 1);
+    setCentralWidget(board_);
+    hud_ = new HudOverlay(board_);
+
+    buildActions();
+    statusBar()->showMessage(QStringLiteral("Open a PDF with File › Open, or drop one here."));
+
+    application_.bookView->display = this;
+    application_.delegate->presentHUD = [this](const QString& text, double seconds) { hud_->showMessage(text, seconds); };
+    studyboard_->presentHUD = application_.delegate->presentHUD;
+
+    connect(canvas_, &PageCanvas::pagePressed, this, [this](int page, QPointF point, Qt::KeyboardModifiers) { pagePressed(page, point); });
+    connect(canvas_, &PageCanvas::pageDragged, this, &ReaderWindow::pageDragged);
+    connect(canvas_, &PageCanvas::pageReleased, this, &ReaderWindow::pageReleased);
+    connect(canvas_, &PageCanvas::pageDoubleClicked, this, &ReaderWindow::pageDoubleClicked);
+    connect(canvas_, &PageCanvas::currentPageChanged, this, [this](int page) {
+        send<void>(*application_.bookView, "setCurrentPageNo:", page + 1);
+        updateStatus();
+    });
+    connect(panel_, &NotebookPanel::noteActivated, this, &ReaderWindow::jumpToNote);
+    connect(panel_, &NotebookPanel::notesRemoved, this, [this] { highlightsChanged(); });
+    connect(panel_, &NotebookPanel::notesChanged, this, [this] { highlightsChanged(); });
+
+    // The plug-in asks the host's web panel to translate a sentence.
+    researchObserver_ = NotificationCenter::defaultCenter().addObserverForName(
+        QStringLiteral("ResearchOnWeb"),
+        [this](const Notification& notification) { showResearchPane(notification.userInfo.value(QStringLiteral("text")).toString()); });
+}
+
+ReaderWindow::~ReaderWindow()
+{
+    NotificationCenter::defaultCenter().removeObserver(researchObserver_);
+    application_.bookView->display = nullptr;
+    application_.delegate->presentHUD = nullptr;
+    if (currentWindow() == this)
+        currentWindow() = nullptr;
+}
+
+void ReaderWindow::buildActions()
+{
+    QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+    QAction* open = file->addAction(QStringLiteral("&Open…"), this, [this] {
+        const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("Open a PDF"), QString(), QStringLiteral("PDF (*.pdf)"));
+        if (!path.isEmpty())
+            openFile(path);
+    });
+    open->setShortcut(QKeySequence::Open);
+    recentMenu_ = file->addMenu(QStringLiteral("Open &Recent"));
+    buildRecentMenu();
+    file->addSeparator();
+    file->addAction(QStringLiteral("&Quit"), QKeySequence::Quit, this, &QWidget::close);
+
+    QMenu* view = menuBar()->addMenu(QStringLiteral("&View"));
+    view->addAction(QStringLiteral("Zoom &In"), QKeySequence::ZoomIn, canvas_, &PageCanvas::zoomIn);
+    view->addAction(QStringLiteral("Zoom &Out"), QKeySequence::ZoomOut, canvas_, &PageCanvas::zoomOut);
+    view->addAction(QStringLiteral("Fit &Width"), this, [this] { canvas_->setZoomMode(PageCanvas::ZoomMode::FitWidth); });
+    view->addAction(QStringLiteral("Fit &Page"), this, [this] { canvas_->setZoomMode(PageCanvas::ZoomMode::FitPage); });
+
+    QToolBar* tools = addToolBar(QStringLiteral("Reader"));
+    tools->setObjectName(QStringLiteral("readerToolBar"));
+    tools->addAction(open);
+    QAction* highlighter = tools->addAction(QStringLiteral("Highlighter"));
+    highlighter->setCheckable(true);
+    connect(highlighter, &QAction::toggled, this,
+            [this](bool on) { send<void>(*application_.bookView, "setHighlightMode:", on ? 1 : 0); });
+    tools->addAction(QStringLiteral("Highlight"), this, [this] {
+        send<void>(*application_.bookView, "highlight:", std::string("toolbar"));
+        send<void>(*application_.bookView, "noteHighlight:", std::string("toolbar"));
+    });
+    // The clip bar: add-on buttons go here.
+    clipBar_ = addToolBar(QStringLiteral("Add-ons"));
+    clipBar_->setObjectName(QStringLiteral("clipBar"));
+
+    auto* copy = new QShortcut(QKeySequence::Copy, this);
+    connect(copy, &QShortcut::activated, this, [this] { send<void>(*application_.bookView, "copy:", std::string("menu")); });
+}
+
+void ReaderWindow::buildRecentMenu()
+{
+    recentMenu_->clear();
+    if (!application_.notebook)
+        return;
+    for (const MbBook& book : MbModelTool(*application_.notebook).recentBooks(10)) {
+        const QString path = book.path;
+        recentMenu_->addAction(book.bookTitle.isEmpty() ? path : book.bookTitle, this, [this, path] { openFile(path); });
+    }
+    recentMenu_->setEnabled(!recentMenu_->isEmpty());
+}
+
+bool ReaderWindow::openFile(const QString& path)
+{
+    const auto fail = [this, &path](const QString& why) {
+        QMessageBox::warning(this, QStringLiteral("Lexicorn Reader"), QStringLiteral("Cannot open %1:\n%2").arg(path, why));
+        return false;
+    };
+    const std::optional<QString> md5 = MbModelTool::md5OfFile(path);
+    if (!md5)
+        return fail(QStringLiteral("the file cannot be read."));
+    auto probe = std::make_unique<PdfObjCAPI>(path);
+    if (!probe->isOpen())
+        return fail(QStringLiteral("it is not a PDF, or it is damaged or locked."));
+    probe.reset();
+    if (!application_.notebook)
+        return fail(QStringLiteral("the notebook is not open."));
+
+    rememberPage();
+    MbModelTool books(*application_.notebook);
+    const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
+    const int page = known && known->lastPage > 0 ? known->lastPage : 1;
+    books.addBook(*md5, QFileInfo(path).completeBaseName(), path);
+    QString problem;
+    if (!canvas_->openDocument(path, &problem))
+        return fail(problem);
+    send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
+    bookPath_ = path;
+    canvas_->goToPage(page - 1);
+    panel_->showBook(application_.notebook, *md5);
+    highlightsChanged();
+    books.setLastPage(*md5, page);
+    buildRecentMenu();
+    setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
+    updateStatus();
+    return true;
+}
+
+void ReaderWindow::rememberPage()
+{
+    const QString md5 = application_.bookView->bookMd5;
+    if (!md5.isEmpty() && application_.notebook)
+        MbModelTool(*application_.notebook).setLastPage(md5, canvas_->currentPage() + 1);
+}
+
+void ReaderWindow::updateStatus()
+{
+    if (!canvas_->hasDocument())
+        return;
+    statusBar()->showMessage(QStringLiteral("Page %1 of %2   ·   %3 %")
+                                 .arg(canvas_->currentPage() + 1)
+                                 .arg(canvas_->pageCount())
+                                 .arg(qRound(canvas_->zoom() * 100)));
+}
+
+void ReaderWindow::closeEvent(QCloseEvent* event)
+{
+    rememberPage();
+    send<void>(*application_.bookView, "closeBook");
+    QMainWindow::closeEvent(event);
+}
+
+void ReaderWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (url.isLocalFile() && url.toLocalFile().endsWith(QStringLiteral(".pdf"), Qt::CaseInsensitive)) {
+            event->acceptProposedAction();
+            return;
+        }
+    }
+}
+
+void ReaderWindow::dropEvent(QDropEvent* event)
+{
+    for (const QUrl& url : event->mimeData()->urls()) {
+        if (url.isLocalFile() && openFile(url.toLocalFile()))
+            break;
+    }
+}
+
+void ReaderWindow::pagePressed(int pageIndex, QPointF point)
+{
+    pressPage_ = pageIndex;
+    pressPoint_ = point;
+    dragged_ = false;
+}
+
+void ReaderWindow::pageDragged(int pageIndex, QPointF point)
+{
+    if (pageIndex != pressPage_ || QLineF(point, pressPoint_).length() < clickSlop)
+        return;
+    dragged_ = true;
+    BookViewObject& book = *application_.bookView;
+    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
+    send<void>(book, "setSelectionStartPoint:", pressPoint_);
+    send<void>(book, "setSelectionEndPoint:", point);
+    send<void>(book, "setSelectionPageNo:", pageIndex + 1);
+    send<void>(book, "setSelectionMode:", textSelectionMode);
+    send<void>(book, "setPDFSelection:texSelMode:wholeWord:", true, true, false);
+}
+
+void ReaderWindow::pageReleased(int pageIndex, QPointF point)
+{
+    BookViewObject& book = *application_.bookView;
+    if (ignoreRelease_) {
+        ignoreRelease_ = false;
+        return;
+    }
+    if (!dragged_) {
+        send<void>(book, "handleDTapGesture:", ObjectRef(makeTapRecognizer(1, pageIndex + 1, point, pageToViewport(pageIndex + 1, point))));
+        return;
+    }
+    pageDragged(pageIndex, point);
+    dragged_ = false;
+    if (send<QString>(book, "selectionText").isEmpty())
+        return;
+    if (send<int>(book, "highlightMode") == 1) {
+        send<void>(book, "highlight:", std::string("highlighter"));
+        return;
+    }
+    NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("PopupMenuOnSelection"), book.shared_from_this());
+}
+
+void ReaderWindow::pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers)
+{
+    ignoreRelease_ = true;
+    BookViewObject& book = *application_.bookView;
+    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
+    const ObjectRef recognizer = makeTapRecognizer(2, pageIndex + 1, point, pageToViewport(pageIndex + 1, point));
+    send<void>(book, "setOneFingerDoubleClickGestureRecognizer:", recognizer);
+    send<void>(book, "setBookTapGesture:", recognizer);
+    if (!send<bool>(book, "gestureRecognizerShouldBegin:", recognizer))
+        return;
+    // Ctrl stands for the command key.
+    application_.delegate->commandHeld = modifiers.testFlag(Qt::ControlModifier);
+    send<void>(book, "handleOneFingerDoubleClick:", recognizer);
+    application_.delegate->commandHeld = false;
+}
+
+void ReaderWindow::jumpToNote(const QString& noteid)
+{
+    if (!application_.notebook)
+        return;
+    const std::optional<MbBookNote> note = application_.notebook->note(noteid);
+    if (!note || note->pageNo() < 1)
+        return;
+    QRectF area;
+    for (const QRectF& rect : note->highlightRects())
+        area = area.united(rect);
+    showPlace(note->pageNo(), area);
+}
+
+QPointF ReaderWindow::pageToViewport(int pageNo, const QPointF& point) const
+{
+    return canvas_->pageToViewport(pageNo - 1, point);
+}
+
+QPointF ReaderWindow::viewportToWindow(const QPointF& point) const
+{
+    return canvas_->viewport()->mapTo(this, point);
+}
+
+QPointF ReaderWindow::windowToViewport(const QPointF& point) const
+{
+    return canvas_->viewport()->mapFrom(this, point);
+}
+
+void ReaderWindow::showResearchPane(const QString& sentence)
+{
+    if (!research_) {
+        research_ = new ResearchPane(splitter_);
+        splitter_->addWidget(research_);
+        connect(research_, &ResearchPane::closed, research_, &QWidget::hide);
+    }
+    research_->showSentence(sentence);
+    research_->show();
+}
+
+void ReaderWindow::selectionChanged()
+{
+    const BookViewObject& book = *application_.bookView;
+    const auto rects = send<std::vector<QRectF>>(*application_.bookView, "pdfSelectionLst");
+    if (rects.empty())
+        canvas_->clearSelectionMarks();
+    else
+        canvas_->setSelectionMarks(book.selectionPage - 1, rects);
+}
+
+void ReaderWindow::highlightsChanged()
+{
+    std::map<int, std::vector<PageCanvas::Mark>> marks;
+    if (application_.notebook && !application_.bookView->bookMd5.isEmpty()) {
+        for (const MbBookNote& note : application_.notebook->notesOfBook(application_.bookView->bookMd5)) {
+            for (const QRectF& rect : note.highlightRects())
+                marks[note.pageNo() - 1].push_back({rect, highlightColour(note.highlightStyle())});
+        }
+    }
+    canvas_->setHighlights(std::move(marks));
+    panel_->reload();
+}
+
+void ReaderWindow::showPlace(int pageNo, const QRectF& area)
+{
+    if (area.isEmpty())
+        canvas_->goToPage(pageNo - 1);
+    else
+        canvas_->scrollToPageRect(pageNo - 1, area);
+}
+
+void ReaderWindow::noteFocused(const QString& /*noteid*/)
+{
+    panel_->reload();
+}
+
+void ReaderWindow::showContextMenu(int pageNo, const QPointF& point)
+{
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(QStringLiteral("Highlight"), this, [this] {
+        send<void>(*application_.bookView, "highlight:", std::string("menu"));
+        send<void>(*application_.bookView, "noteHighlight:", std::string("menu"));
+    });
+    menu->addAction(QStringLiteral("Copy"), this, [this] { send<void>(*application_.bookView, "copy:", std::string("menu")); });
+    contextMenu_ = menu;
+    menu->popup(canvas_->viewport()->mapToGlobal(pageToViewport(pageNo, point).toPoint()));
+}
+
+QPointF ReaderWindow::viewToPage(int pageNo, const QPointF& point) const
+{
+    const QPointF origin = pageToViewport(pageNo, QPointF(0, 0));
+    const double zoom = canvas_->zoom();
+    return QPointF((point.x() - origin.x()) / zoom, (point.y() - origin.y()) / zoom);
+}
+
+}  // namespace lexicorn::host::ui

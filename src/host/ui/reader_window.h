@@ -1,0 +1,112 @@
+#pragma once
+
+// The reader's main window, the study board: the book on the left, the
+// notebook on the right, a toolbar with the clip bar for add-on buttons, and
+// a status line. It is a view over the model: gestures become the book view
+// controller's methods (sent through the runtime, so the plug-in's
+// replacements act on them) and the model's changes come back through
+// BookDisplay.
+
+#include "host/app/host_application.h"
+#include "host/app/note_classes.h"
+#include "host/ui/page_canvas.h"
+
+#include <QMainWindow>
+#include <QMenu>
+#include <QPointer>
+
+
+class QSplitter;
+class QToolBar;
+
+namespace lexicorn::host::ui {
+
+class HudOverlay;
+class NotebookPanel;
+class ResearchPane;
+
+class ReaderWindow : public QMainWindow, public BookDisplay {
+    Q_OBJECT
+public:
+    explicit ReaderWindow(HostApplication& application, QWidget* parent = nullptr);
+    ~ReaderWindow() override;
+
+    // Opens a PDF: it becomes a book of the notebook and opens at the page
+    // where it was left. A file that is no readable PDF gets a message box
+    // and the reader keeps what it showed. False when it did not open.
+    bool openFile(const QString& path);
+
+    PageCanvas& canvas() { return *canvas_; }
+    NotebookPanel& notebookPanel() { return *panel_; }
+    HudOverlay& hud() { return *hud_; }
+    ResearchPane* researchPane() { return research_; }
+    QToolBar& clipBar() { return *clipBar_; }
+    QWidget& boardView() { return *board_; }
+    BookViewObject& bookView() { return *application_.bookView; }
+    std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
+    // The context menu of the selection while it is open, else null.
+    QMenu* contextMenu() { return contextMenu_; }
+
+    // The window that shows the book view controller (one per process).
+    static ReaderWindow* current();
+
+    // The page the book view calls the current page, in canvas coordinates.
+    QPointF pageToViewport(int pageNo, const QPointF& point) const;
+    QPointF viewportToWindow(const QPointF& point) const;
+    QPointF windowToViewport(const QPointF& point) const;
+    void showResearchPane(const QString& sentence);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+public:
+    // BookDisplay
+    void selectionChanged() override;
+    void highlightsChanged() override;
+    void showPlace(int pageNo, const QRectF& area) override;
+    void noteFocused(const QString& noteid) override;
+    void showContextMenu(int pageNo, const QPointF& point) override;
+    QPointF viewToPage(int pageNo, const QPointF& point) const override;
+
+private:
+    void buildActions();
+    void buildRecentMenu();
+    void rememberPage();
+    void pagePressed(int pageIndex, QPointF point);
+    void pageDragged(int pageIndex, QPointF point);
+    void pageReleased(int pageIndex, QPointF point);
+    void pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers);
+    void jumpToNote(const QString& noteid);
+    void updateStatus();
+
+    HostApplication& application_;
+    std::shared_ptr<StudyboardObject> studyboard_;
+    QWidget* board_ = nullptr;
+    QWidget* borderLine_ = nullptr;
+    QSplitter* splitter_ = nullptr;
+    PageCanvas* canvas_ = nullptr;
+    NotebookPanel* panel_ = nullptr;
+    ResearchPane* research_ = nullptr;
+    HudOverlay* hud_ = nullptr;
+    QToolBar* clipBar_ = nullptr;
+    QMenu* recentMenu_ = nullptr;
+    QPointer<QMenu> contextMenu_;
+    QString bookPath_;
+    int pressPage_ = -1;
+    QPointF pressPoint_;
+    bool dragged_ = false;
+    bool ignoreRelease_ = false;
+    quint64 researchObserver_ = 0;
+};
+
+// Registers the window's classes and methods with the runtime (page views,
+// the study board's and the book view's view methods, the popup menu). Call
+// before the plug-in is loaded, so its replacements find them.
+void registerWindowClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
+
+// Starts the reader: window classes registered, then the host launched.
+HostApplication launchReader(const QString& pluginPath = host::pluginPath());
+
+}  // namespace lexicorn::host::ui
