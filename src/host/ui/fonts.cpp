@@ -10,7 +10,9 @@ namespace lexicorn::host::ui {
 void installFontFallbacks()
 {
     // Families tried, in order, for characters the chosen font lacks.
-    const QStringList fallbacks{QStringLiteral("Noto Sans CJK SC"), QStringLiteral("Noto Color Emoji")};
+    // Tibetan for the card format's "༒" part-of-speech marker.
+    const QStringList fallbacks{QStringLiteral("Noto Sans CJK SC"), QStringLiteral("Noto Color Emoji"),
+                                QStringLiteral("Noto Serif Tibetan")};
     const QStringList families = QFontDatabase::families();
     QStringList present;
     for (const QString& family : fallbacks) {

@@ -71,29 +71,24 @@ void clickWithMouse(QWidget& widget, const QPointF& at)
     sendMouse(widget, QEvent::MouseButtonRelease, at, Qt::NoButton);
 }
 
-QRectF findWordOnPage(const QString& pdfPath, int pageNo, int minLetters, QString* word)
+std::vector<PageWord> wordsOnPage(const QString& pdfPath, int pageNo, int minLetters)
 {
+    std::vector<PageWord> words;
     const PdfObjCAPI document(pdfPath);
     for (const CharLine& line : document.textContentsForPageNo_(pageNo)) {
-        QString current;
-        QRectF area;
+        PageWord current;
         for (std::size_t i = 0; i <= line.size(); ++i) {
-            const bool letter = i < line.size() && QChar(line[i].ch).isLetter();
-            if (letter) {
-                current.append(QChar(line[i].ch));
-                area = area.united(line[i].rect);
+            if (i < line.size() && QChar(line[i].ch).isLetter()) {
+                current.text.append(QChar(line[i].ch));
+                current.area = current.area.united(line[i].rect);
                 continue;
             }
-            if (current.size() >= minLetters) {
-                if (word)
-                    *word = current;
-                return area;
-            }
-            current.clear();
-            area = QRectF();
+            if (current.text.size() >= minLetters)
+                words.push_back(current);
+            current = PageWord();
         }
     }
-    return {};
+    return words;
 }
 
 int runReaderTour(ReaderWindow& window, const QString& book, const QString& folder)
@@ -106,25 +101,28 @@ int runReaderTour(ReaderWindow& window, const QString& book, const QString& fold
     waitFor([] { return false; }, 300);  // the first page arrives
     save(window, folder, QStringLiteral("1-book"));
 
-    QString word;
-    const QRectF area = findWordOnPage(book, 1, 6, &word);
-    if (area.isEmpty()) {
-        std::fprintf(stderr, "tour: no word to select on page 1\n");
-        return 1;
-    }
     window.canvas().goToPage(0);
     QWidget& viewport = *window.canvas().viewport();
-    const QPointF from = window.pageToViewport(1, QPointF(area.left() + 1, area.center().y()));
-    const QPointF to = window.pageToViewport(1, QPointF(area.right() - 1, area.center().y()));
-    // The dictionary loads in the background: select again until the popup comes.
-    const bool popped = waitFor(
-        [&] {
-            dragWithMouse(viewport, from, to);
-            return waitFor([&] { return shownPopup(window) != nullptr; }, 500);
-        },
-        60000);
-    if (!popped) {
-        std::fprintf(stderr, "tour: the popup did not open for \"%s\"\n", qPrintable(word));
+    // Selects a word as a user would; true once the popup shows entries for it.
+    const auto lookUp = [&](const PageWord& candidate) {
+        const QPointF from = window.pageToViewport(1, QPointF(candidate.area.left() + 1, candidate.area.center().y()));
+        const QPointF to = window.pageToViewport(1, QPointF(candidate.area.right() - 1, candidate.area.center().y()));
+        dragWithMouse(viewport, from, to);
+        if (!waitFor([&] { return shownPopup(window) != nullptr; }, 500))
+            return false;
+        const auto tables = runtime::send<std::vector<std::shared_ptr<runtime::Object>>>(*viewObjectOf(shownPopup(window)), "subviews");
+        return runtime::send<int>(*tables.front(), "numberOfSections") > 1;
+    };
+    QString word;
+    // The dictionary loads in the background: the first word is tried until it is ready.
+    for (const PageWord& candidate : wordsOnPage(book, 1, 5)) {
+        if (waitFor([&] { return lookUp(candidate) || shownPopup(window); }, 60000) && lookUp(candidate)) {
+            word = candidate.text;
+            break;
+        }
+    }
+    if (word.isEmpty()) {
+        std::fprintf(stderr, "tour: no word of page 1 opened the popup with an entry\n");
         return 1;
     }
     std::printf("selected: %s\n", qPrintable(word));

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <vector>
+
 namespace lexicorn::host::ui {
 
 class ReaderWindow;
@@ -20,8 +22,12 @@ int runReaderTour(ReaderWindow& window, const QString& book, const QString& fold
 void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to);
 void clickWithMouse(QWidget& widget, const QPointF& at);
 
-// The first word of at least minLetters letters on the page (from 1) as a
-// page rectangle; empty when there is none.
-QRectF findWordOnPage(const QString& pdfPath, int pageNo, int minLetters, QString* word);
+// The words of at least minLetters letters on the page (from 1), in reading
+// order, with their page rectangles.
+struct PageWord {
+    QString text;
+    QRectF area;
+};
+std::vector<PageWord> wordsOnPage(const QString& pdfPath, int pageNo, int minLetters);
 
 }  // namespace lexicorn::host::ui

@@ -22,6 +22,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -89,6 +90,10 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     layout->addWidget(splitter_, 1);
     setCentralWidget(board_);
     hud_ = new HudOverlay(board_);
+    // Views placed above the border line (the dictionary popup) cover the
+    // book and the notebook; only the heads-up messages stay above them.
+    borderLine_->raise();
+    hud_->raise();
 
     buildActions();
     statusBar()->showMessage(QStringLiteral("Open a PDF with File › Open, or drop one here."));
@@ -109,6 +114,9 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     connect(panel_, &NotebookPanel::notesRemoved, this, [this] { highlightsChanged(); });
     connect(panel_, &NotebookPanel::notesChanged, this, [this] { highlightsChanged(); });
 
+    // A note editor closing: what the plug-in wrote into the note shows.
+    cancelEditObserver_ = NotificationCenter::defaultCenter().addObserverForName(
+        QStringLiteral("CancelEditNote"), [this](const Notification&) { QTimer::singleShot(0, panel_, &NotebookPanel::reload); });
     // The plug-in asks the host's web panel to translate a sentence.
     researchObserver_ = NotificationCenter::defaultCenter().addObserverForName(
         QStringLiteral("ResearchOnWeb"),
@@ -118,6 +126,7 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
 ReaderWindow::~ReaderWindow()
 {
     NotificationCenter::defaultCenter().removeObserver(researchObserver_);
+    NotificationCenter::defaultCenter().removeObserver(cancelEditObserver_);
     application_.bookView->display = nullptr;
     application_.delegate->presentHUD = nullptr;
     if (currentWindow() == this)

@@ -99,6 +99,7 @@ private:
     bool dragged_ = false;
     bool ignoreRelease_ = false;
     quint64 researchObserver_ = 0;
+    quint64 cancelEditObserver_ = 0;
 };
 
 // Registers the window's classes and methods with the runtime (page views,
