@@ -424,6 +424,28 @@ RenderRequest PageCanvas::wantedRequest(int page, double scale, double dpr) cons
     return request;
 }
 
+bool PageCanvas::hasImage(int page, double scale, double dpr, const QRectF& needed) const
+{
+    const PageImageCache::Entry* have = cache_.use(page);
+    if (!have || have->request.scale != scale || have->request.devicePixelRatio != dpr)
+        return false;
+    // A page that could not be drawn counts as done: asking again would not help.
+    return have->image.isNull() || requestCoverage(have->request).adjusted(-0.01, -0.01, 0.01, 0.01).contains(needed);
+}
+
+bool PageCanvas::visiblePagesRendered() const
+{
+    if (!hasDocument())
+        return true;
+    const double dpr = devicePixelRatioF();
+    const double top = contentOffset().y();
+    const auto [first, last] = layout_.pagesBetween(top, top + viewport()->height());
+    for (int page = first; page <= last; ++page)
+        if (!hasImage(page, zoom_ * dpr, dpr, visiblePart(page)))
+            return false;
+    return true;
+}
+
 void PageCanvas::updateRequests()
 {
     if (!hasDocument() || !isVisible())
@@ -450,16 +472,9 @@ void PageCanvas::updateRequests()
     std::vector<RenderRequest> requests;
     for (int page : pages) {
         const RenderRequest wanted = wantedRequest(page, scale, dpr);
-        if (const PageImageCache::Entry* have = cache_.use(page);
-            have && have->request.scale == scale && have->request.devicePixelRatio == dpr) {
-            if (have->image.isNull())
-                continue;  // the page could not be drawn; asking again would not help
-            const QRectF visible = visiblePart(page);
-            const QRectF needed = visible.isEmpty() ? wanted.part : visible;
-            if (requestCoverage(have->request).adjusted(-0.01, -0.01, 0.01, 0.01).contains(needed))
-                continue;
-        }
-        requests.push_back(wanted);
+        const QRectF visible = visiblePart(page);
+        if (!hasImage(page, scale, dpr, visible.isEmpty() ? wanted.part : visible))
+            requests.push_back(wanted);
     }
     renderer_->setRequests(documentId_, std::move(requests));
 }

@@ -79,6 +79,9 @@ public:
     void clearSelectionMarks();
     void setHighlights(std::map<int, std::vector<Mark>> marksByPage);  // replaces all highlights
 
+    // True when every page in the viewport shows its image at the current
+    // zoom (none is waiting for the renderer); for tests and measurements.
+    bool visiblePagesRendered() const;
     // Bytes of page images held (for memory measurements).
     std::size_t cachedImageBytes() const;
 
@@ -117,6 +120,8 @@ private:
     void updateRequests();
     RenderRequest wantedRequest(int page, double scale, double dpr) const;
     QRectF visiblePart(int page) const;  // in points; empty when off screen
+    // Whether the cached image of the page is at the scale and covers the part.
+    bool hasImage(int page, double scale, double dpr, const QRectF& needed) const;
     void imageArrived(const RenderedPage& page);
     void updateCurrentPage();
     QPointF clampedPagePoint(int page, QPoint viewportPos) const;
@@ -124,7 +129,7 @@ private:
 
     PageLayout layout_;
     std::unique_ptr<PageRenderer> renderer_;
-    PageImageCache cache_;
+    mutable PageImageCache cache_;  // looking an image up marks it as used
     std::uint64_t documentId_ = 0;
     ZoomMode mode_ = ZoomMode::FitWidth;
     double zoom_ = 1.0;
