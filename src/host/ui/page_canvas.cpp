@@ -645,17 +645,21 @@ void PageCanvas::keyPressEvent(QKeyEvent* event)
 
 // ---- mouse
 
+std::optional<PageCanvas::PagePoint> PageCanvas::startDrag(const QPoint& pos)
+{
+    const std::optional<PagePoint> hit = pageAt(pos);
+    pressPage_ = hit ? hit->pageIndex : -1;
+    dragPos_ = pos;
+    return hit;
+}
+
 void PageCanvas::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton) {
         QAbstractScrollArea::mousePressEvent(event);
         return;
     }
-    const QPoint pos = event->position().toPoint();
-    const std::optional<PagePoint> hit = pageAt(pos);
-    pressPage_ = hit ? hit->pageIndex : -1;
-    dragPos_ = pos;
-    if (hit)
+    if (const std::optional<PagePoint> hit = startDrag(event->position().toPoint()))
         emit pagePressed(hit->pageIndex, hit->point, event->modifiers());
     event->accept();
 }
@@ -716,11 +720,7 @@ void PageCanvas::mouseDoubleClickEvent(QMouseEvent* event)
         return;
     }
     // The second press of a double click: it starts a drag like a press does.
-    const QPoint pos = event->position().toPoint();
-    const std::optional<PagePoint> hit = pageAt(pos);
-    pressPage_ = hit ? hit->pageIndex : -1;
-    dragPos_ = pos;
-    if (hit)
+    if (const std::optional<PagePoint> hit = startDrag(event->position().toPoint()))
         emit pageDoubleClicked(hit->pageIndex, hit->point, event->modifiers());
     event->accept();
 }

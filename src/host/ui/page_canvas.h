@@ -126,6 +126,8 @@ private:
     void updateCurrentPage();
     QPointF clampedPagePoint(int page, QPoint viewportPos) const;
     void autoScrollStep();
+    // A left press at the position: the drag starts on the page under it.
+    std::optional<PagePoint> startDrag(const QPoint& pos);
 
     PageLayout layout_;
     std::unique_ptr<PageRenderer> renderer_;

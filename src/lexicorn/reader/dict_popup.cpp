@@ -27,13 +27,6 @@ using runtime::makeImp;
 using runtime::Object;
 using runtime::send;
 
-// A table that is not the popup's gets the host's own answer.
-template <class R, class... Args>
-R hostTableAnswer(const char* selector, Object& self, Args... args)
-{
-    return runtime::callPrevious<R>(slotFor(selector), self, selector, std::move(args)...);
-}
-
 void registerPopupClasses(runtime::Runtime& runtime)
 {
     runtime::Class* hostTable = runtime.classNamed("UITableView");
@@ -99,12 +92,12 @@ void registerTableMethods(PopupMethods& methods)
 {
     methods.add("numberOfSectionsInTableView:", makeImp([](Object& self, ObjectRef table) {
         if (!isPopupTable(table))
-            return hostTableAnswer<int>("numberOfSectionsInTableView:", self, table);
+            return hostOwn<int>("numberOfSectionsInTableView:", self, table);
         return static_cast<int>(textsOf(*table).size());
     }));
     methods.add("tableView:numberOfRowsInSection:", makeImp([](Object& self, ObjectRef table, int section) {
         if (!isPopupTable(table))
-            return hostTableAnswer<int>("tableView:numberOfRowsInSection:", self, table, section);
+            return hostOwn<int>("tableView:numberOfRowsInSection:", self, table, section);
         const StyledSections texts = textsOf(*table);
         return section < static_cast<int>(texts.size()) ? static_cast<int>(texts[section].size()) - 1 : 0;
     }));
@@ -128,7 +121,7 @@ void registerTableMethods(PopupMethods& methods)
     }));
     methods.add("tableView:heightForRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) {
         if (!isPopupTable(table))
-            return hostTableAnswer<double>("tableView:heightForRowAtIndexPath:", self, table, path);
+            return hostOwn<double>("tableView:heightForRowAtIndexPath:", self, table, path);
         const StyledSections texts = textsOf(*table);
         const StyledText& line = texts.at(path.section).at(path.row + 1);
         if (line.isEmpty())
@@ -139,7 +132,7 @@ void registerTableMethods(PopupMethods& methods)
     }));
     methods.add("tableView:cellForRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) -> ObjectRef {
         if (!isPopupTable(table))
-            return hostTableAnswer<ObjectRef>("tableView:cellForRowAtIndexPath:", self, table, path);
+            return hostOwn<ObjectRef>("tableView:cellForRowAtIndexPath:", self, table, path);
         const QString identifier = QString::fromLatin1(cellIdentifier);
         ObjectRef cell = send<ObjectRef>(*table, "dequeueReusableCellWithIdentifier:", identifier);
         if (!cell)
@@ -158,7 +151,7 @@ void registerTableMethods(PopupMethods& methods)
     }));
     methods.add("tableView:didSelectRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) {
         if (!isPopupTable(table))
-            return hostTableAnswer<void>("tableView:didSelectRowAtIndexPath:", self, table, path);
+            return hostOwn<void>("tableView:didSelectRowAtIndexPath:", self, table, path);
         tapOnRow(self, *table, path);
     }));
 }
@@ -244,8 +237,7 @@ void registerBookMethods(PopupMethods& methods)
                       makeImp([](Object& self, QString md5, QString topic, QString note, int location) {
                           dropPopup(self);
                           hideAnkiSelectionTable();
-                          runtime::callPrevious<void>(slotFor("openBook:topicid:noteid:bookLocation:"), self,
-                                                      "openBook:topicid:noteid:bookLocation:", md5, topic, note, location);
+                          hostOwn<void>("openBook:topicid:noteid:bookLocation:", self, md5, topic, note, location);
                           observe(self);
                           checkDictionaryFile();
                           KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
@@ -256,7 +248,7 @@ void registerBookMethods(PopupMethods& methods)
         hideAnkiSelectionTable();
         removeObservers(self);
         KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
-        runtime::callPrevious<void>(slotFor("closeBook"), self, "closeBook");
+        hostOwn<void>("closeBook", self);
     }));
 }
 

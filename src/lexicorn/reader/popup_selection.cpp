@@ -22,12 +22,6 @@ using runtime::makeImp;
 using runtime::Object;
 using runtime::send;
 
-template <class R, class... Args>
-R hostOwn(const char* selector, Object& self, Args... args)
-{
-    return runtime::callPrevious<R>(slotFor(selector), self, selector, std::move(args)...);
-}
-
 bool addonChecked(Object& self, const QString& name)
 {
     for (const QJsonValue& command : send<QJsonArray>(self, "queryAddonCommandStatus")) {
