@@ -43,8 +43,13 @@ std::string encodingOf()
         return "D";
     else if constexpr (std::is_same_v<U, char*> || std::is_same_v<U, const char*>)
         return "*";
-    else if constexpr (std::is_pointer_v<U>)
-        return "^" + encodingOf<std::remove_pointer_t<U>>();
+    else if constexpr (std::is_pointer_v<U>) {
+        // Appending rather than "^" + string: GCC 12 at -O3 warns falsely
+        // about overlapping copies in the operator+ form.
+        std::string encoding = "^";
+        encoding += encodingOf<std::remove_pointer_t<U>>();
+        return encoding;
+    }
     else if constexpr (std::is_enum_v<U>)
         return encodingOf<std::underlying_type_t<U>>();
     // Strings, shared pointers, containers and host objects all travel as objects.

@@ -1,0 +1,233 @@
+// lexicorn-bench-reader: the book canvas, offscreen, in a 1920 × 1080 window.
+//
+//   render_page_fit_width   one sample-book page drawn by Poppler at the zoom
+//                           the canvas uses to fit the width (the worker's
+//                           render call alone)
+//   request_to_image        a zoom change to the page image painted: the
+//                           request crosses to the worker, the page is drawn
+//                           and comes back to the event loop
+//   open_1000_pages         a 1000-page PDF opened to its first page painted
+//                           (counter open_call_ms: the openDocument call alone)
+//
+//   lexicorn-bench-reader --scroll-memory
+//                           opens the 1000-page PDF, goes to every page in
+//                           turn letting its image arrive, and prints the peak
+//                           resident memory (VmHWM) of the process.
+//
+// The 1000-page PDF is written once with QPdfWriter into $LEXICORN_BENCH_DATA
+// (else the build's bench-data folder) as reader-1000.pdf.
+
+#include "host/ui/page_canvas.h"
+
+#include <benchmark/benchmark.h>
+#include <poppler-qt6.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+using lexicorn::host::ui::PageCanvas;
+using lexicorn::host::ui::PageRenderer;
+using lexicorn::host::ui::RenderRequest;
+
+const QString kSampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
+constexpr QSize kWindow(1920, 1080);
+
+QString bookOf1000Pages()
+{
+    const QByteArray env = qgetenv("LEXICORN_BENCH_DATA");
+    const QString dir = env.isEmpty() ? QStringLiteral(LEXICORN_BENCH_DEFAULT_DATA) : QString::fromLocal8Bit(env);
+    const QString path = dir + QStringLiteral("/reader-1000.pdf");
+    if (QFile::exists(path))
+        return path;
+    QDir().mkpath(dir);
+    const QString partial = path + QStringLiteral(".part");
+    {
+        QPdfWriter writer(partial);
+        writer.setResolution(72);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        writer.setPageMargins(QMarginsF(0, 0, 0, 0));
+        QPainter painter(&writer);
+        QFont font(QStringLiteral("DejaVu Serif"));
+        font.setPixelSize(12);
+        painter.setFont(font);
+        for (int page = 0; page < 1000; ++page) {
+            if (page > 0)
+                writer.newPage();
+            painter.drawText(QPointF(72, 80), QStringLiteral("Chapter %1, page %2").arg(page / 20 + 1).arg(page + 1));
+            for (int line = 0; line < 6; ++line)
+                painter.drawText(QPointF(72, 120 + 18 * line),
+                                 QStringLiteral("Line %1: every morning the reader opens the book where it was left.")
+                                     .arg(line + 1));
+        }
+    }
+    QFile::rename(partial, path);
+    return path;
+}
+
+bool waitRendered(PageCanvas& canvas, int timeoutMs = 5000)
+{
+    QSignalSpy rendered(&canvas, &PageCanvas::pagesRendered);
+    return rendered.wait(timeoutMs);
+}
+
+void showCanvas(PageCanvas& canvas)
+{
+    canvas.resize(kWindow);
+    canvas.show();
+    (void)QTest::qWaitForWindowExposed(&canvas);
+}
+
+void render_page_fit_width(benchmark::State& state)
+{
+    PageCanvas canvas;
+    showCanvas(canvas);
+    canvas.openDocument(kSampleBook);
+    const double zoom = canvas.zoom();
+    auto document = Poppler::Document::load(kSampleBook);
+    document->setRenderHint(Poppler::Document::Antialiasing, true);
+    document->setRenderHint(Poppler::Document::TextAntialiasing, true);
+    const auto page = document->page(0);
+    const RenderRequest request{0, zoom, QRectF(QPointF(0, 0), page->pageSizeF()), 1.0};
+    QSize size;
+    for (auto _ : state) {
+        const QImage image = PageRenderer::renderPage(*page, request);
+        size = image.size();
+        benchmark::DoNotOptimize(image.constBits());
+    }
+    state.counters["zoom"] = zoom;
+    state.counters["width_px"] = size.width();
+    state.counters["height_px"] = size.height();
+}
+BENCHMARK(render_page_fit_width)->Unit(benchmark::kMillisecond);
+
+void request_to_image(benchmark::State& state)
+{
+    PageCanvas canvas;
+    showCanvas(canvas);
+    canvas.openDocument(kSampleBook);
+    if (!waitRendered(canvas)) {
+        state.SkipWithError("the first page never arrived");
+        return;
+    }
+    const double fit = canvas.zoom();
+    bool odd = false;
+    for (auto _ : state) {
+        odd = !odd;
+        canvas.setZoom(odd ? fit * 0.999 : fit);
+        if (!waitRendered(canvas)) {
+            state.SkipWithError("a page image never arrived");
+            return;
+        }
+    }
+}
+BENCHMARK(request_to_image)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void open_1000_pages(benchmark::State& state)
+{
+    const QString path = bookOf1000Pages();
+    PageCanvas canvas;
+    showCanvas(canvas);
+    double openCallMs = 0;
+    int pages = 0;
+    for (auto _ : state) {
+        QSignalSpy rendered(&canvas, &PageCanvas::pagesRendered);
+        QElapsedTimer timer;
+        timer.start();
+        if (!canvas.openDocument(path)) {
+            state.SkipWithError("could not open the 1000-page PDF");
+            return;
+        }
+        openCallMs += timer.nsecsElapsed() / 1e6;
+        pages = canvas.pageCount();
+        if (!rendered.wait(5000)) {
+            state.SkipWithError("the first page never arrived");
+            return;
+        }
+        state.PauseTiming();
+        canvas.closeDocument();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+    }
+    state.counters["pages"] = pages;
+    state.counters["open_call_ms"] = benchmark::Counter(openCallMs, benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(open_1000_pages)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+long statusKb(const char* key)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith(key))
+            return line.mid(qsizetype(std::strlen(key))).trimmed().split(' ').first().toLong();
+    return -1;
+}
+
+int scrollMemory()
+{
+    const QString path = bookOf1000Pages();
+    PageCanvas canvas;
+    showCanvas(canvas);
+    QElapsedTimer timer;
+    timer.start();
+    if (!canvas.openDocument(path)) {
+        std::fprintf(stderr, "could not open %s\n", qPrintable(path));
+        return 1;
+    }
+    waitRendered(canvas);
+    // A step often finds its page drawn ahead of time; otherwise it waits
+    // for the image to arrive.
+    int waited = 0, missed = 0;
+    std::size_t peakCache = 0;
+    for (int page = 1; page < canvas.pageCount(); ++page) {
+        canvas.goToPage(page);
+        QCoreApplication::processEvents();
+        if (!canvas.visiblePagesRendered()) {
+            ++waited;
+            QSignalSpy rendered(&canvas, &PageCanvas::pagesRendered);
+            for (int tries = 0; tries < 50 && !canvas.visiblePagesRendered(); ++tries)
+                rendered.wait(100);
+            missed += !canvas.visiblePagesRendered();
+        }
+        peakCache = std::max(peakCache, canvas.cachedImageBytes());
+    }
+    std::printf("pages %d\n", canvas.pageCount());
+    std::printf("zoom %.3f\n", canvas.zoom());
+    std::printf("steps_waiting_for_an_image %d\n", waited);
+    std::printf("steps_without_image_after_5s %d\n", missed);
+    std::printf("scroll_s %.1f\n", timer.elapsed() / 1000.0);
+    std::printf("peak_image_cache_mb %.1f\n", peakCache / 1048576.0);
+    std::printf("rss_mb %.1f\n", statusKb("VmRSS:") / 1024.0);
+    std::printf("peak_rss_mb %.1f\n", statusKb("VmHWM:") / 1024.0);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    for (int i = 1; i < argc; ++i)
+        if (std::strcmp(argv[i], "--scroll-memory") == 0)
+            return scrollMemory();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
