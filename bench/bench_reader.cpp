@@ -10,14 +10,18 @@
 //                           (counter open_call_ms: the openDocument call alone)
 //
 //   lexicorn-bench-reader --scroll-memory
-//                           opens the 1000-page PDF, goes to every page in
-//                           turn letting its image arrive, and prints the peak
-//                           resident memory (VmHWM) of the process.
+//                           the whole reader (window, plug-in, sample
+//                           dictionaries) opens the 1000-page PDF, goes to
+//                           every page in turn letting its image arrive, and
+//                           prints the peak resident memory (VmHWM).
 //
 // The 1000-page PDF is written once with QPdfWriter into $LEXICORN_BENCH_DATA
 // (else the build's bench-data folder) as reader-1000.pdf.
 
 #include "host/ui/page_canvas.h"
+#include "host/ui/reader_window.h"
+
+#include "foundation/alerts.h"
 
 #include <benchmark/benchmark.h>
 #include <poppler-qt6.h>
@@ -29,6 +33,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cstdio>
@@ -175,17 +180,33 @@ long statusKb(const char* key)
     return -1;
 }
 
+// The whole reader with the plug-in and the sample dictionaries (loaded),
+// as a user runs it, in a scratch home.
 int scrollMemory()
 {
+    QTemporaryDir home;
+    qputenv("LEXICORN_HOME", home.path().toUtf8());
+    QDir().mkpath(home.path() + QStringLiteral("/Dict"));
+    const QString samples = QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/");
+    for (const QString& name : QDir(samples).entryList(QDir::Files))
+        QFile::copy(samples + name, home.path() + QStringLiteral("/Dict/") + name);
+    lexicorn::setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
+        if (done)
+            done();
+    });
+    lexicorn::host::HostApplication app = lexicorn::host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
+    lexicorn::host::ui::ReaderWindow window(app);
+    window.resize(kWindow);
+    window.show();
+    (void)QTest::qWaitForWindowExposed(&window);
     const QString path = bookOf1000Pages();
-    PageCanvas canvas;
-    showCanvas(canvas);
     QElapsedTimer timer;
     timer.start();
-    if (!canvas.openDocument(path)) {
+    if (!window.openFile(path)) {
         std::fprintf(stderr, "could not open %s\n", qPrintable(path));
         return 1;
     }
+    PageCanvas& canvas = window.canvas();
     waitRendered(canvas);
     // A step often finds its page drawn ahead of time; otherwise it waits
     // for the image to arrive.

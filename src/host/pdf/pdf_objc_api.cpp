@@ -85,11 +85,14 @@ PageLines PdfObjCAPI::textContentsForPageNo_(int pageNo) const
     return lines;
 }
 
-std::vector<PdfObjCAPI::OutlineEntry> PdfObjCAPI::outline() const
+const std::vector<PdfObjCAPI::OutlineEntry>& PdfObjCAPI::outline() const
 {
-    std::vector<OutlineEntry> entries;
+    if (outline_)
+        return *outline_;
+    outline_.emplace();
     if (!document_)
-        return entries;
+        return *outline_;
+    std::vector<OutlineEntry>& entries = *outline_;
     const auto walk = [&entries](const auto& self, const QList<Poppler::OutlineItem>& items, int level) -> void {
         for (const Poppler::OutlineItem& item : items) {
             const QSharedPointer<const Poppler::LinkDestination> destination = item.destination();

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Poppler {
@@ -39,13 +40,13 @@ public:
     // page number outside the document.
     PageLines textContentsForPageNo_(int pageNo) const;
 
-    // The document's table of contents, depth first.
+    // The document's table of contents, depth first (read once).
     struct OutlineEntry {
         QString title;
         int pageNo = 0;  // from 1; 0 when the entry leads nowhere
         int level = 0;   // 0 for the top entries
     };
-    std::vector<OutlineEntry> outline() const;
+    const std::vector<OutlineEntry>& outline() const;
 
 private:
     PageLines readPageText(int pageNo) const;
@@ -53,6 +54,7 @@ private:
     // The text of the last pages read: a drag over a page asks for it at
     // every mouse move.
     mutable QCache<int, PageLines> textCache_{8};
+    mutable std::optional<std::vector<OutlineEntry>> outline_;
     std::unique_ptr<Poppler::Document> document_;
     std::int64_t viewHandle_;
 };

@@ -57,11 +57,13 @@ QString save(QWidget& widget, const QString& folder, const QString& name)
 
 }  // namespace
 
-void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to)
+void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to, const std::function<void()>& beforeRelease)
 {
     sendMouse(widget, QEvent::MouseButtonPress, from, Qt::LeftButton);
     for (int step = 1; step <= 4; ++step)
         sendMouse(widget, QEvent::MouseMove, from + (to - from) * step / 4.0, Qt::LeftButton);
+    if (beforeRelease)
+        beforeRelease();
     sendMouse(widget, QEvent::MouseButtonRelease, to, Qt::NoButton);
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
 #include <vector>
 
 namespace lexicorn::host::ui {
@@ -18,8 +19,9 @@ class ReaderWindow;
 int runReaderTour(ReaderWindow& window, const QString& book, const QString& folder);
 
 // Presses the left button at from, drags to to and releases, in the
-// widget's coordinates, as a user's mouse would.
-void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to);
+// widget's coordinates, as a user's mouse would; beforeRelease runs just
+// before the button goes up.
+void dragWithMouse(QWidget& widget, const QPointF& from, const QPointF& to, const std::function<void()>& beforeRelease = {});
 void clickWithMouse(QWidget& widget, const QPointF& at);
 
 // The words of at least minLetters letters on the page (from 1), in reading

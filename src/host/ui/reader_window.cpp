@@ -3,7 +3,9 @@
 #include "host/app/note_classes.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/notebook_panel.h"
+#include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
+#include "host/ui/view_kit.h"
 
 #include "foundation/notification_center.h"
 
@@ -80,13 +82,18 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     borderLine_->setStyleSheet(QStringLiteral("background: #c8c8c8;"));
     layout->addWidget(borderLine_);
     splitter_ = new QSplitter(Qt::Horizontal, board_);
+    contents_ = makeOutlineTable(*application_.bookView);
+    QWidget* contents = widgetOf(contents_);
+    contents->hide();
     canvas_ = new PageCanvas(splitter_);
     panel_ = new NotebookPanel(splitter_);
     research_ = nullptr;
+    splitter_->addWidget(contents);
     splitter_->addWidget(canvas_);
     splitter_->addWidget(panel_);
-    splitter_->setStretchFactor(0, 3);
-    splitter_->setStretchFactor(1, 2);
+    splitter_->setStretchFactor(0, 1);
+    splitter_->setStretchFactor(1, 3);
+    splitter_->setStretchFactor(2, 2);
     layout->addWidget(splitter_, 1);
     setCentralWidget(board_);
     hud_ = new HudOverlay(board_);
@@ -152,6 +159,12 @@ void ReaderWindow::buildActions()
     view->addAction(QStringLiteral("Zoom &Out"), QKeySequence::ZoomOut, canvas_, &PageCanvas::zoomOut);
     view->addAction(QStringLiteral("Fit &Width"), this, [this] { canvas_->setZoomMode(PageCanvas::ZoomMode::FitWidth); });
     view->addAction(QStringLiteral("Fit &Page"), this, [this] { canvas_->setZoomMode(PageCanvas::ZoomMode::FitPage); });
+    view->addSeparator();
+    contentsAction_ = view->addAction(QStringLiteral("&Contents"));
+    contentsAction_->setShortcut(Qt::Key_F4);
+    contentsAction_->setCheckable(true);
+    contentsAction_->setEnabled(false);
+    connect(contentsAction_, &QAction::toggled, this, [this](bool on) { widgetOf(contents_)->setVisible(on); });
 
     QToolBar* tools = addToolBar(QStringLiteral("Reader"));
     tools->setObjectName(QStringLiteral("readerToolBar"));
@@ -212,12 +225,24 @@ bool ReaderWindow::openFile(const QString& path)
     bookPath_ = path;
     canvas_->goToPage(page - 1);
     panel_->showBook(application_.notebook, *md5);
+    showContents();
     highlightsChanged();
     books.setLastPage(*md5, page);
     buildRecentMenu();
     setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
     updateStatus();
     return true;
+}
+
+// The contents pane opens with a book that has an outline and closes with
+// one that has none.
+void ReaderWindow::showContents()
+{
+    send<void>(*contents_, "reloadData");
+    const bool any = outlineSize(*application_.bookView) > 0;
+    contentsAction_->setEnabled(any);
+    contentsAction_->setChecked(any);
+    widgetOf(contents_)->setVisible(any);
 }
 
 void ReaderWindow::rememberPage()

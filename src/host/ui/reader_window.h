@@ -41,6 +41,8 @@ public:
     HudOverlay& hud() { return *hud_; }
     ResearchPane* researchPane() { return research_; }
     QToolBar& clipBar() { return *clipBar_; }
+    // The contents pane's table (the book's outline), hidden for a book without one.
+    std::shared_ptr<runtime::Object> contentsTable() const { return contents_; }
     QWidget& boardView() { return *board_; }
     BookViewObject& bookView() { return *application_.bookView; }
     std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
@@ -80,6 +82,7 @@ private:
     void pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers);
     void jumpToNote(const QString& noteid);
     void updateStatus();
+    void showContents();
 
     HostApplication& application_;
     std::shared_ptr<StudyboardObject> studyboard_;
@@ -92,6 +95,8 @@ private:
     HudOverlay* hud_ = nullptr;
     QToolBar* clipBar_ = nullptr;
     QMenu* recentMenu_ = nullptr;
+    std::shared_ptr<runtime::Object> contents_;
+    QAction* contentsAction_ = nullptr;
     QPointer<QMenu> contextMenu_;
     QString bookPath_;
     int pressPage_ = -1;

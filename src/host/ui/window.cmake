@@ -2,6 +2,7 @@
 target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/reader_window.cpp
   ${CMAKE_CURRENT_LIST_DIR}/window_methods.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/outline_methods.cpp
   ${CMAKE_CURRENT_LIST_DIR}/reader_tour.cpp
 )
 

@@ -6,6 +6,7 @@
 
 #include "host/app/note_classes.h"
 #include "host/ui/note_card_view.h"
+#include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
 #include "host/ui/view_kit.h"
 
@@ -148,6 +149,7 @@ void registerWindowClasses(runtime::Runtime& runtime)
         return;
     registerPageViews(runtime);
     registerBookViewMethods(runtime);
+    registerOutlineMethods(runtime);
     registerStudyboardMethods(runtime);
     registerPopupMenu(runtime);
     runtime.addMethod(*runtime.classNamed(appDelegateClassName), "studyboardController", makeImp([](AppDelegate&) -> ObjectRef {

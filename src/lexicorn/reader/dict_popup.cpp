@@ -101,8 +101,13 @@ void registerTableMethods(PopupMethods& methods)
         const StyledSections texts = textsOf(*table);
         return section < static_cast<int>(texts.size()) ? static_cast<int>(texts[section].size()) - 1 : 0;
     }));
-    methods.add("tableView:heightForHeaderInSection:", makeImp([](Object&, ObjectRef, int) { return 30.0; }));
+    // The host's own tables have no section headers; only the popup's get one.
+    methods.add("tableView:heightForHeaderInSection:", makeImp([](Object&, ObjectRef table, int) {
+        return isPopupTable(table) ? 30.0 : 0.0;
+    }));
     methods.add("tableView:viewForHeaderInSection:", makeImp([](Object&, ObjectRef table, int section) -> ObjectRef {
+        if (!isPopupTable(table))
+            return nullptr;
         runtime::Runtime& rt = runtime::Runtime::shared();
         const QRectF frame(0, 0, send<QRectF>(*table, "bounds").width(), 30);
         const ObjectRef header = runtime::sendClass<ObjectRef>(*rt.classNamed("UIView"), "viewWithFrame:", frame);
