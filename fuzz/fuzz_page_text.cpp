@@ -1,4 +1,5 @@
-// Page text of any PDF to the sentence cutter and the section grouping. The
+// Page text of any PDF to the sentence cutter, the section grouping and the
+// reader's mouse selection (the characters between two points). The
 // characters and their rectangles come from the file, so nothing about them
 // can be trusted: lines may be empty, rectangles may be NaN, infinite, huge
 // or negative. Whatever the page, the cutter must end, lose no character,
@@ -17,6 +18,7 @@
 //                        32 bytes
 // Missing payload bytes read as zero.
 
+#include "host/app/text_selection.h"
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
 
 #include <algorithm>
@@ -244,6 +246,42 @@ void checkMedian(const std::vector<double>& values)
     }
 }
 
+bool validPlace(const PageLines& lines, const lexicorn::host::CharPlace& place)
+{
+    return place.line >= 0 && place.line < int(lines.size()) && place.index >= 0
+        && place.index < int(lines[std::size_t(place.line)].size());
+}
+
+// A drag between two points, in either direction, with and without whole
+// words: the ends are characters of the page in reading order, the same
+// whichever point came first, and every selected line has its rectangle.
+void checkSelection(const PageLines& lines, const QPointF& from, const QPointF& to)
+{
+    using namespace lexicorn::host;
+    const bool anyText = std::any_of(lines.begin(), lines.end(), [](const CharLine& line) { return !line.empty(); });
+    // Rectangles of sane numbers: then some character is always nearest.
+    const auto sane = [](double v) { return std::isfinite(v) && std::fabs(v) < 1e100; };
+    const bool saneRects = std::all_of(lines.begin(), lines.end(), [&](const CharLine& line) {
+        return std::all_of(line.begin(), line.end(), [&](const CharRecord& r) {
+            return sane(r.rect.x()) && sane(r.rect.y()) && sane(r.rect.width()) && sane(r.rect.height());
+        });
+    });
+    for (const bool wholeWord : {false, true}) {
+        const TextSelection forward = selectBetween(lines, from, to, wholeWord);
+        const TextSelection backward = selectBetween(lines, to, from, wholeWord);
+        check(anyText || forward.isEmpty, "a selection on a page without text");
+        check(!anyText || !saneRects || !forward.isEmpty, "nothing selected on a page with text");
+        if (forward.isEmpty)
+            continue;
+        check(validPlace(lines, forward.first) && validPlace(lines, forward.last), "a selection end outside the page's text");
+        check(forward.first <= forward.last, "a selection ends before it starts");
+        check(forward.first == backward.first && forward.last == backward.last, "a selection depends on the drag's direction");
+        check(lineRects(lines, forward).size() <= std::size_t(forward.last.line - forward.first.line + 1),
+              "more selection rectangles than selected lines");
+        (void)selectedText(lines, forward);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -271,5 +309,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     checkMedian(heights);
     checkMedian(lefts);
+
+    // Drag points from the first and last bytes, across the usual page area.
+    if (size > 0)
+        checkSelection(lines, QPointF(data[0] * 3.0, data[size - 1] * 3.0), QPointF(data[size / 2] * 3.0, data[0] * 2.0));
     return 0;
 }

@@ -1,9 +1,11 @@
 // The whole reader in a window, offscreen, driven by real mouse and key
 // events: with the plug-in a drag over a word opens the popup and a click on
-// a sense makes a card; without it the reader still selects, highlights and
-// copies.
+// a sense makes a card (sent on to a real Anki collection); without it the
+// reader still selects, highlights and copies.
 
+#include "card_fixtures.h"
 #include "screenshot.h"
+#include "support/server_process.h"
 #include "support/temp_home.h"
 
 #include "host/ui/hud_overlay.h"
@@ -15,17 +17,24 @@
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
 
+#include "lexicorn/dictionary/records.h"
+#include "lexicorn/render/anki_fields.h"
+#include "lexicorn/render/note_format.h"
 #include "lexicorn/render/styled_text.h"
+#include "lexicorn/services/voice_endpoint.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
 #include <QJsonArray>
+#include <QLabel>
 #include <QJsonDocument>
 #include <QProcess>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace lexicorn {
 namespace {
@@ -86,23 +95,37 @@ protected:
         return send<std::vector<ObjectRef>>(*container, "subviews").front();
     }
 
-    // Selects each word until one opens the popup with entries; the
-    // dictionary loads in the background, so the first tries may find it not ready.
+    // Drags over the area until the popup shows; the dictionary loads in the
+    // background, so the first tries may find it not ready.
+    bool lookUp(const QRectF& area)
+    {
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            dragOver(area);
+            QTest::qWait(20);
+            if (popupTable())
+                return true;
+            QTest::qWait(100);
+        }
+        return false;
+    }
+
+    // Selects each word until one opens the popup with entries.
     host::ui::PageWord lookUpSomeWord()
     {
         for (const host::ui::PageWord& word : host::ui::wordsOnPage(sampleBook, 1, 5)) {
-            for (int attempt = 0; attempt < 100; ++attempt) {
-                dragOver(word.area);
-                QTest::qWait(20);
-                if (popupTable())
-                    break;
-                QTest::qWait(100);
-            }
-            if (popupTable() && send<int>(*popupTable(), "numberOfSections") > 1)
+            if (lookUp(word.area) && send<int>(*popupTable(), "numberOfSections") > 1)
                 return word;
         }
         return {};
     }
+
+    // Where the user sees the popup and a page point, in window coordinates.
+    QRectF popupInWindow()
+    {
+        QWidget* container = host::ui::widgetOf(send<ObjectRef>(*app_.bookView, "enDictContainer"));
+        return QRectF(container->mapTo(&window_->boardView(), QPoint(0, 0)), QSizeF(container->size()));
+    }
+    QPointF inWindow(const QPointF& pagePoint) { return window_->viewportToWindow(onScreen(pagePoint)); }
 
     testing::TempHome home_;
     host::HostApplication app_;
@@ -132,9 +155,26 @@ QStringList commandLineRows(const QString& home, const QString& word, const QStr
     return texts;
 }
 
-TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACard)
+// Guards the lookup as the user sees it (the same rows as the command line),
+// the taps that make no card, and the card a click on a sense makes: the note
+// reads back as that sense, and with "autoAddToAnki" it reaches Anki.
+TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSentToAnki)
 {
+    // The collection stores its address in the user defaults, where the
+    // plug-in's Anki client reads it on its first request.
+    testing::AnkiCollection anki(home_);
+    ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
+    // The Anki settings the panel would store: deck, note type, one field per
+    // content item; spoken audio from the offline voice, not the network.
+    UserDefaults& defaults = UserDefaults::standard();
+    defaults.set(ankiset::deckName, QStringLiteral("Default"));
+    defaults.set(ankiset::typeName, QStringLiteral("Lexicorn card"));
+    for (const QString& item : testing::contentItems)
+        defaults.set(QStringLiteral("ANKISET_") + item, item);
+    defaults.set(voiceHostKey, QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
+
     start(true);
+    send<void>(*app_.bookView, "setAutoAddToAnki:", true);
     const host::ui::PageWord word = lookUpSomeWord();
     ASSERT_FALSE(word.text.isEmpty()) << "no word of page 1 opened the popup";
     const ObjectRef table = popupTable();
@@ -153,6 +193,7 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACard)
     EXPECT_FALSE(send<bool>(*app_.bookView, "isCorrecting"));
 
     // A real click on the first sense.
+    const DictDataPtr lookup = send<DictDataPtr>(*table, "dictData");
     const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
     QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
     QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
@@ -169,8 +210,109 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACard)
     EXPECT_EQ(card.notes()[1].toObject().value(QStringLiteral("text")).toString(), texts[1][1].string());
     EXPECT_FALSE(card.highlightRects().empty());
     EXPECT_EQ(card.highlight_text(), QString(sentence).simplified());
+
+    // The note reads back as the sense clicked.
+    const CardResult<ParsedCard> parsed = parseDictNote(card);
+    ASSERT_TRUE(parsed) << parsed.error().message().toStdString();
+    const EnWord& entry = *lookup->enWords().at(0);
+    EXPECT_EQ(parsed->word, lookup->word());
+    EXPECT_EQ(parsed->headword, entry.title);
+    EXPECT_EQ(parsed->section, 1);
+    EXPECT_EQ(parsed->item, 0);
+    EXPECT_EQ(parsed->sense->def_en, entry.defs.at(0)->def_en);
+    EXPECT_EQ(parsed->sense->def_cn, entry.defs.at(0)->def_cn);
     QTest::qWait(50);
     saveScreenshot(*window_, QStringLiteral("reader-card"));
+
+    // The card goes to Anki in the background; the collection gets it.
+    bool inAnki = false;
+    for (int check = 0; check < 300 && !inAnki; ++check) {
+        QTest::qWait(200);
+        inAnki = !anki.notesHolding(lookup->word()).isEmpty();
+    }
+    EXPECT_TRUE(inAnki) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
+}
+
+// Guards what a later selection does to the open popup: it moves the popup
+// to the half of the window away from the selection; in correcting mode it
+// replaces only the quote sentence, and the card then takes the selection as
+// it stands. Opening the book again with the dictionary file gone tells the
+// user where the file belongs.
+TEST_F(ReaderWindowTest, ThePopupKeepsClearOfTheSelectionAndCorrectingReplacesOnlyTheSentence)
+{
+    start(true);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
+    QTest::qWait(50);
+    const double windowHeight = window_->boardView().height();
+    // Words shown whole in the window's lower half, a line clear of its middle.
+    const QRectF visible(window_->viewportToWindow(QPointF(0, 0)), QSizeF(viewport().size()));
+    std::vector<host::ui::PageWord> lower;
+    for (const host::ui::PageWord& word : host::ui::wordsOnPage(sampleBook, 1, 4)) {
+        const QRectF area = QRectF(inWindow(word.area.topLeft()), inWindow(word.area.bottomRight())).normalized();
+        if (visible.contains(area) && area.top() > windowHeight * 0.5 + area.height())
+            lower.push_back(word);
+    }
+    ASSERT_FALSE(lower.empty()) << "page 1 shows no word in the window's lower half";
+    // Two other words side by side, for the correcting drag.
+    const auto pair = std::adjacent_find(lower.begin() + 1, lower.end(), [](const auto& left, const auto& right) {
+        return qAbs(left.area.center().y() - right.area.center().y()) < 1;
+    });
+    ASSERT_NE(pair, lower.end());
+
+    // Lower half: the popup 40 points from the window's top, above the word.
+    ASSERT_TRUE(lookUp(lower.front().area));
+    const QPointF lowerWord = inWindow(lower.front().area.center());
+    EXPECT_EQ(popupInWindow().top(), 40);
+    EXPECT_LT(popupInWindow().bottom(), lowerWord.y());
+
+    // Upper half: 40 points above the window's bottom, below the word.
+    const host::ui::PageWord word = lookUpSomeWord();
+    const QPointF upperWord = inWindow(word.area.center());
+    ASSERT_LT(upperWord.y(), windowHeight * 0.5) << word.text.toStdString();
+    EXPECT_EQ(popupInWindow().bottom(), windowHeight - 40);
+    EXPECT_GT(popupInWindow().top(), upperWord.y());
+    saveScreenshot(*window_, QStringLiteral("reader-popup-below"));
+
+    // Correcting: a drag over other words of the page becomes the quote
+    // sentence; the word and its entries stay.
+    const ObjectRef table = popupTable();
+    const StyledSections before = send<StyledSections>(*table, "texts");
+    const QString lookedUp = send<DictDataPtr>(*table, "dictData")->word();
+    send<void>(*table, "selectRowAtIndexPath:", IndexPath{0, 0});
+    ASSERT_TRUE(send<bool>(*app_.bookView, "isCorrecting"));
+    dragOver(pair->area.united(std::next(pair)->area));
+    QTest::qWait(20);
+    const QString corrected = send<QString>(*app_.bookView, "selectedText");
+    EXPECT_TRUE(corrected.contains(pair->text) && corrected.contains(std::next(pair)->text)) << corrected.toStdString();
+    ASSERT_TRUE(popupTable());
+    EXPECT_EQ(popupInWindow().top(), 40) << "the popup moves away from the new selection";
+    const StyledSections after = send<StyledSections>(*table, "texts");
+    ASSERT_EQ(after.size(), before.size());
+    EXPECT_EQ(after[0][1].string(), corrected);
+    EXPECT_EQ(lineTexts(StyledSections(after.begin() + 1, after.end())), lineTexts(StyledSections(before.begin() + 1, before.end())));
+    EXPECT_EQ(send<DictDataPtr>(*table, "dictData")->word(), lookedUp);
+    EXPECT_EQ(send<DictDataPtr>(*table, "dictData")->quoteSentence(), corrected);
+    EXPECT_TRUE(send<bool>(*app_.bookView, "isCorrecting"));
+    saveScreenshot(*window_, QStringLiteral("reader-popup-correcting"));
+
+    // The card made now holds the corrected selection, and ends correcting.
+    const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
+    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
+    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    const std::vector<host::MbBookNote> notes = app_.notebook->notes();
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes.front().highlight_text(), corrected);
+    EXPECT_FALSE(send<bool>(*app_.bookView, "isCorrecting"));
+
+    // The dictionary file gone (raw and converted): opening the book says
+    // where it belongs and puts that path on the clipboard.
+    const QString expected = home_.dictPath(QStringLiteral("collins.json"));
+    for (const QString& name : {QStringLiteral("collins.json"), QStringLiteral("collins_html.json")})
+        QFile::remove(home_.dictPath(name));
+    QApplication::clipboard()->clear();
+    ASSERT_TRUE(window_->openFile(sampleBook));
+    EXPECT_EQ(window_->hud().currentText(), expected + QStringLiteral(" 文件未找到，正确路径已复制到剪切板！"));
+    EXPECT_EQ(QApplication::clipboard()->text(), expected);
 }
 
 TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
@@ -215,6 +357,68 @@ TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCop
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes.front().highlight_text(), word.text);
     EXPECT_EQ(notes.front().pageNo(), 1);
+}
+
+// A three-page PDF whose outline has two chapters, the first with a
+// section: written by hand, since the PDF writers at hand make no outlines.
+QString writeBookWithContents(const QString& folder)
+{
+    const QStringList objects = {
+        QStringLiteral("<< /Type /Catalog /Pages 2 0 R /Outlines 3 0 R >>"),
+        QStringLiteral("<< /Type /Pages /Kids [4 0 R 5 0 R 6 0 R] /Count 3 >>"),
+        QStringLiteral("<< /Type /Outlines /First 7 0 R /Last 8 0 R /Count 3 >>"),
+        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
+        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
+        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
+        QStringLiteral("<< /Title (Chapter One) /Parent 3 0 R /Next 8 0 R /First 9 0 R /Last 9 0 R /Count 1 /Dest [4 0 R /Fit] >>"),
+        QStringLiteral("<< /Title (Chapter Two) /Parent 3 0 R /Prev 7 0 R /Dest [6 0 R /Fit] >>"),
+        QStringLiteral("<< /Title (A Section) /Parent 7 0 R /Dest [5 0 R /Fit] >>"),
+    };
+    QByteArray pdf = "%PDF-1.4\n";
+    QList<qsizetype> offsets;
+    for (qsizetype i = 0; i < objects.size(); ++i) {
+        offsets << pdf.size();
+        pdf += QStringLiteral("%1 0 obj\n%2\nendobj\n").arg(i + 1).arg(objects[i]).toLatin1();
+    }
+    const qsizetype xref = pdf.size();
+    pdf += QStringLiteral("xref\n0 %1\n0000000000 65535 f \n").arg(objects.size() + 1).toLatin1();
+    for (const qsizetype offset : offsets)
+        pdf += QStringLiteral("%1 00000 n \n").arg(offset, 10, 10, QLatin1Char('0')).toLatin1();
+    pdf += QStringLiteral("trailer\n<< /Size %1 /Root 1 0 R >>\nstartxref\n%2\n%%EOF\n").arg(objects.size() + 1).arg(xref).toLatin1();
+    const QString path = folder + QStringLiteral("/contents.pdf");
+    QFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(pdf);
+    return path;
+}
+
+// The contents pane's table has the book view controller as data source and
+// delegate, as the popup's table does: with the plug-in loaded it must still
+// list the outline and a click on an entry must open its page.
+TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
+{
+    start(true);
+    ASSERT_TRUE(window_->openFile(writeBookWithContents(home_.path())));
+    const ObjectRef contents = window_->contentsTable();
+    QWidget* pane = host::ui::widgetOf(contents);
+    ASSERT_TRUE(pane->isVisible());
+    ASSERT_EQ(send<int>(*contents, "numberOfSections"), 1);
+    ASSERT_EQ(send<int>(*contents, "numberOfRowsInSection:", 0), 3);
+    QStringList titles;
+    for (int row = 0; row < 3; ++row) {
+        const ObjectRef cell = send<ObjectRef>(*contents, "cellForRowAtIndexPath:", IndexPath{0, row});
+        titles << host::ui::widgetOf(cell)->findChild<QLabel*>(QStringLiteral("outlineTitle"))->text();
+    }
+    EXPECT_EQ(titles, (QStringList{QStringLiteral("Chapter One"), QStringLiteral("A Section"), QStringLiteral("Chapter Two")}));
+
+    // A real click on "Chapter Two" opens page 3.
+    QWidget* content = host::ui::widgetOf(send<ObjectRef>(*send<ObjectRef>(*contents, "cellForRowAtIndexPath:", IndexPath{0, 2}), "contentView"));
+    QTest::mouseClick(content, Qt::LeftButton, {}, content->rect().center());
+    EXPECT_EQ(window_->canvas().currentPage(), 2);
+
+    // The sample book has no outline: the pane goes away.
+    ASSERT_TRUE(window_->openFile(sampleBook));
+    EXPECT_FALSE(pane->isVisible());
 }
 
 }  // namespace

@@ -6,8 +6,11 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QPalette>
+#include <QScrollBar>
 #include <QTextCursor>
 #include <QTextEdit>
+
+#include <algorithm>
 
 namespace lexicorn::host::ui {
 
@@ -132,8 +135,16 @@ StyledText TextViewObject::attributedText() const
 
 void TextViewObject::setAttributedText_(const StyledText& text)
 {
-    if (textEdit())
-        setStyledText(*textEdit()->document(), text);
+    QTextEdit* edit = textEdit();
+    if (!edit)
+        return;
+    setStyledText(*edit->document(), text);
+    // A view that does not scroll shows its text from the top, however tall:
+    // the caret goes to the start, so that keeping it visible keeps the top.
+    if (!scrollEnabled_) {
+        edit->moveCursor(QTextCursor::Start);
+        edit->verticalScrollBar()->setValue(0);
+    }
 }
 
 QString TextViewObject::text() const
@@ -180,11 +191,12 @@ void TextViewObject::setTextColor_(const QColor& colour)
     }
 }
 
+// A point of the views' own platform is a logical pixel (see styled_document).
 void TextViewObject::setFontSize_(double points)
 {
     if (QTextEdit* edit = textEdit(); edit && points > 0) {
         QFont font = edit->font();
-        font.setPointSizeF(points);
+        font.setPixelSize(std::max(1, qRound(points)));
         edit->setFont(font);
     }
 }

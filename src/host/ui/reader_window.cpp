@@ -366,12 +366,12 @@ QPointF ReaderWindow::pageToViewport(int pageNo, const QPointF& point) const
 
 QPointF ReaderWindow::viewportToWindow(const QPointF& point) const
 {
-    return canvas_->viewport()->mapTo(this, point);
+    return canvas_->viewport()->mapTo(board_, point);
 }
 
 QPointF ReaderWindow::windowToViewport(const QPointF& point) const
 {
-    return canvas_->viewport()->mapFrom(this, point);
+    return canvas_->viewport()->mapFrom(board_, point);
 }
 
 void ReaderWindow::showResearchPane(const QString& sentence)

@@ -54,6 +54,7 @@ public:
 
     // The page the book view calls the current page, in canvas coordinates.
     QPointF pageToViewport(int pageNo, const QPointF& point) const;
+    // Window coordinates are the study board's (see windowContentOf).
     QPointF viewportToWindow(const QPointF& point) const;
     QPointF windowToViewport(const QPointF& point) const;
     void showResearchPane(const QString& sentence);

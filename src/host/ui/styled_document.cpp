@@ -4,6 +4,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextFrame>
 #include <QVariantList>
 
 #include <algorithm>
@@ -18,6 +19,13 @@ namespace {
 // 16 bits), and used when reading back as long as the colour was not changed.
 constexpr int foregroundRgbaProperty = QTextFormat::UserProperty + 0x4c01;
 constexpr int backgroundRgbaProperty = QTextFormat::UserProperty + 0x4c02;
+// A font size's exact value, beside the whole pixels Qt draws with.
+constexpr int fontSizeProperty = QTextFormat::UserProperty + 0x4c03;
+
+bool isTibetan(QChar c)
+{
+    return c.unicode() >= 0x0F00 && c.unicode() <= 0x0FFF;
+}
 
 QVariant rgbaVariant(const Rgba& colour)
 {
@@ -61,8 +69,13 @@ QTextCharFormat charFormatOf(const TextAttributes& attributes)
         format.setBackground(toQColor(*attributes.background));
         format.setProperty(backgroundRgbaProperty, rgbaVariant(*attributes.background));
     }
-    if (attributes.fontSize)
-        format.setFontPointSize(*attributes.fontSize);
+    // Sizes are in points of the styled text's own platform, where a point
+    // is a logical pixel; Qt's points are larger (72 to the inch against 96
+    // pixels), so the size goes in as pixels and its exact value alongside.
+    if (attributes.fontSize) {
+        format.setProperty(QTextFormat::FontPixelSize, std::max(1, qRound(*attributes.fontSize)));
+        format.setProperty(fontSizeProperty, *attributes.fontSize);
+    }
     if (attributes.fontName)
         format.setFontFamilies(QStringList{*attributes.fontName});
     if (attributes.bold)
@@ -83,7 +96,11 @@ TextAttributes attributesOf(const QTextCharFormat& format)
         const QColor shown = format.background().color();
         attributes.background = storedRgba(format, backgroundRgbaProperty, shown).value_or(toRgba(shown));
     }
-    if (format.hasProperty(QTextFormat::FontPointSize))
+    if (format.hasProperty(fontSizeProperty))
+        attributes.fontSize = format.doubleProperty(fontSizeProperty);
+    else if (format.hasProperty(QTextFormat::FontPixelSize))
+        attributes.fontSize = format.intProperty(QTextFormat::FontPixelSize);
+    else if (format.hasProperty(QTextFormat::FontPointSize))
         attributes.fontSize = format.fontPointSize();
     if (format.hasProperty(QTextFormat::FontFamilies)) {
         const QStringList families = format.fontFamilies().toStringList();
@@ -98,6 +115,14 @@ TextAttributes attributesOf(const QTextCharFormat& format)
 void setStyledText(QTextDocument& document, const StyledText& text)
 {
     document.clear();
+    // Laid out as the text views of the styled text's platform lay it out:
+    // no inset above and below the lines, five points of padding at the sides.
+    QTextFrameFormat frame = document.rootFrame()->frameFormat();
+    frame.setTopMargin(0);
+    frame.setBottomMargin(0);
+    frame.setLeftMargin(5);
+    frame.setRightMargin(5);
+    document.rootFrame()->setFrameFormat(frame);
     QTextCursor cursor(&document);
     cursor.beginEditBlock();
     const QString& string = text.string();
@@ -106,7 +131,25 @@ void setStyledText(QTextDocument& document, const StyledText& text)
             return;
         QString part = string.mid(from, to - from);
         part.replace(QLatin1Char('\n'), QChar::LineSeparator);
-        cursor.insertText(part, charFormatOf(attributes));
+        const QTextCharFormat format = charFormatOf(attributes);
+        if (!attributes.fontSize) {
+            cursor.insertText(part, format);
+            return;
+        }
+        // Tibetan signs (the part-of-speech marker) come from the one font
+        // here that has them, whose lines are 2.4 em high: drawn smaller,
+        // they leave the line its usual height. The exact size stays stored.
+        QTextCharFormat sign = format;
+        sign.setProperty(QTextFormat::FontPixelSize, std::max(1, qRound(*attributes.fontSize * 0.6)));
+        qsizetype start = 0;
+        while (start < part.size()) {
+            const bool tibetan = isTibetan(part[start]);
+            qsizetype end = start + 1;
+            while (end < part.size() && isTibetan(part[end]) == tibetan)
+                ++end;
+            cursor.insertText(part.mid(start, end - start), tibetan ? sign : format);
+            start = end;
+        }
     };
     qsizetype position = 0;
     for (const StyledText::Run& run : text.runs()) {

@@ -5,6 +5,7 @@
 #include "host/ui/kit_text_view.h"
 
 #include <QEvent>
+#include <QMainWindow>
 #include <QPalette>
 #include <QResizeEvent>
 #include <QVariant>
@@ -254,21 +255,29 @@ std::vector<ObjectRef> ViewObject::subviews() const
     return views;
 }
 
+QWidget* windowContentOf(QWidget* widget)
+{
+    QWidget* top = widget->window();
+    auto* main = qobject_cast<QMainWindow*>(top);
+    QWidget* content = main ? main->centralWidget() : nullptr;
+    return content && (content == widget || content->isAncestorOf(widget)) ? content : top;
+}
+
 ObjectRef ViewObject::window() const
 {
-    return widget_ ? wrapWidget(widget_->window(), objectClass().runtime()) : nullptr;
+    return widget_ ? wrapWidget(windowContentOf(widget_), objectClass().runtime()) : nullptr;
 }
 
 QPointF ViewObject::convertPoint_toView_(const QPointF& point, const ObjectRef& other) const
 {
     if (!widget_)
         return point;
-    QWidget* top = widget_->window();
+    QWidget* top = windowContentOf(widget_);
     const QPointF inWindow = widget_->mapTo(top, point);
     QWidget* target = widgetOf(other);
     if (!target)
         return inWindow;
-    if (target->window() == top)
+    if (target == top || top->isAncestorOf(target))
         return target->mapFrom(top, inWindow);
     return target->mapFromGlobal(widget_->mapToGlobal(point));
 }

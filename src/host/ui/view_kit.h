@@ -114,6 +114,11 @@ std::shared_ptr<ViewObject> makeViewOfClass(runtime::Class& cls);
 // The object of a widget made or wrapped by the kit, or null.
 ObjectRef viewObjectOf(const QWidget* widget);
 // The widget of a view object; null for other objects.
+// What views call their window: a main window's central widget (menus and
+// tool bars lie outside it, as they do outside a Mac window's content), else
+// the top-level widget.
+QWidget* windowContentOf(QWidget* widget);
+
 QWidget* widgetOf(runtime::Object& object);
 QWidget* widgetOf(const ObjectRef& object);
 // The view object of a widget, wrapping it when it has none ("viewWithWidget:").

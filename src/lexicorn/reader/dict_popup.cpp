@@ -80,7 +80,7 @@ QRectF popupFrame(Object& self, bool mapOnRight, QPointF point)
     double y = 40;
     if (point == QPointF(0, 0)) {
         const ObjectRef container = popupContainer(self);
-        y = container ? send<QRectF>(*container, "frame").y() : 0;
+        y = container ? frameInWindow(*container).y() : 0;
     } else if (point.y() < window.height() * 0.5) {
         y = window.height() - height - 40;
     }
@@ -167,7 +167,7 @@ void registerFrameMethods(PopupMethods& methods)
                       makeImp([](Object& self, bool map, QPointF point) { return popupFrame(self, map, point); }));
     methods.add("moveEnDictPositionWithMap:withPoint:", makeImp([](Object& self, bool map, QPointF point) {
         if (const ObjectRef container = popupContainer(self))
-            send<void>(*container, "setFrame:", send<QRectF>(self, "enDictFrameWithMap:withPoint:", map, point));
+            setFrameInWindow(*container, send<QRectF>(self, "enDictFrameWithMap:withPoint:", map, point));
     }));
     methods.add("sentenceWithDict:", makeImp([](Object&, Sentence sentence) { return sentenceText(sentence); }));
 }

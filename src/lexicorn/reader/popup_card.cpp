@@ -176,8 +176,9 @@ bool writeBody(Object& self, Object& target, const ObjectRef& note, const QStrin
     return true;
 }
 
-// Builds the card's Anki fields off the main thread (sounds are stored on
-// the way), then adds the card.
+// Builds the card's Anki note off the main thread (sounds are stored on the
+// way), then adds the card: the add sends its parameters to AnkiConnect as
+// they are, so the note goes under "note".
 void sendToAnki(Object& self, const ObjectRef& note, const DictDataPtr& data, IndexPath path, const QString& tagged)
 {
     const QString noteId = send<QString>(*note, "noteid");
@@ -196,7 +197,8 @@ void sendToAnki(Object& self, const ObjectRef& note, const DictDataPtr& data, In
                 KSWAnkiconnect::showeAlertWithMessage_(fields.error().message());
                 return;
             }
-            send<void>(*note, "asyncAddToAnkiWithTitle:wordDict:showHUD:", bookTitle, fields.value(),
+            const QJsonObject params{{QStringLiteral("note"), fields.value()}};
+            send<void>(*note, "asyncAddToAnkiWithTitle:wordDict:showHUD:", bookTitle, params,
                        std::function<void(bool, QString)>([](bool, QString message) {
                            if (!message.isEmpty())
                                showHUD(message, 2.0);

@@ -63,6 +63,7 @@ ObjectRef buildContainer(Object& self, bool mapOnRight, const QPointF& point)
         const bool reading = send<int>(*board, "studyMode") < 2;
         const ObjectRef below = send<ObjectRef>(*board, reading ? "toolBarBorderLine" : "resizeBtn");
         send<void>(*boardView, "insertSubview:aboveSubview:", container, below);
+        setFrameInWindow(*container, frame);
     }
     send<void>(self, "setEnDictContainer:", container);
     return container;

@@ -96,6 +96,26 @@ DictDataPtr dictDataOf(runtime::Object& table)
     return send<DictDataPtr>(table, "dictData");
 }
 
+namespace {
+
+QPointF superviewOriginInWindow(runtime::Object& view)
+{
+    const ObjectRef superview = send<ObjectRef>(view, "superview");
+    return superview ? send<QPointF>(*superview, "convertPoint:toView:", QPointF(0, 0), ObjectRef()) : QPointF(0, 0);
+}
+
+}  // namespace
+
+QRectF frameInWindow(runtime::Object& container)
+{
+    return send<QRectF>(container, "frame").translated(superviewOriginInWindow(container));
+}
+
+void setFrameInWindow(runtime::Object& container, const QRectF& frame)
+{
+    send<void>(container, "setFrame:", frame.translated(-superviewOriginInWindow(container)));
+}
+
 QPointF selectionAnchor(runtime::Object& controller)
 {
     const QPointF start = send<QPointF>(controller, "selectionStartPoint");

@@ -66,6 +66,11 @@ StyledSections textsOf(runtime::Object& table);
 void setTexts(runtime::Object& table, StyledSections texts);
 DictDataPtr dictDataOf(runtime::Object& table);
 
+// The popup's frame is reckoned in window coordinates, while its container's
+// frame is in its superview's, which need not start at the window's corner.
+QRectF frameInWindow(runtime::Object& container);
+void setFrameInWindow(runtime::Object& container, const QRectF& frame);
+
 // The midpoint of the selection's start and end points, in page coordinates.
 QPointF selectionAnchor(runtime::Object& controller);
 // The anchor in window coordinates, through the current page's image view.
