@@ -60,7 +60,7 @@ TEST_F(HostedCards, NotesAndTheStudyBoardGainTheCardOperations)
     board->bookTitle = QStringLiteral("Book");
     // The plug-in loads its dictionary in the background at launch; until then it says so.
     for (int tries = 0; tries < 200; ++tries) {
-        send<void>(*board, "dictUpdateToAnki:", std::string("button"));
+        send<void>(*board, "dictUpdateToAnki:", std::shared_ptr<runtime::Object>());
         if (board->headsUps.last() != QStringLiteral("字典初始化未完成，请稍后重试！"))
             break;
         QThread::msleep(50);

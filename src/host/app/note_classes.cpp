@@ -58,7 +58,9 @@ void registerNoteClasses(runtime::Runtime& runtime)
     }));
 
     runtime::Class& board = runtime.registerClass(studyboardClassName, viewControllerClassName);
-    runtime.addMethod(board, "selectionNotes", makeImp([](StudyboardObject& self) { return self.selection; }));
+    runtime.addMethod(board, "selectionNotes", makeImp([](StudyboardObject& self) {
+        return self.selectionSource ? self.selectionSource() : self.selection;
+    }));
     runtime.addMethod(board, "currentBookTitle", makeImp([](StudyboardObject& self) { return self.bookTitle; }));
     runtime.addMethod(board, "showHUD:withDuration:", makeImp([](StudyboardObject& self, QString text, double seconds) {
         self.headsUps.append(text);

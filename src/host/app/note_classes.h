@@ -39,8 +39,12 @@ public:
 // ("showHUD:withDuration:", shown on its window).
 class StudyboardObject : public ViewControllerObject {
 public:
+    using NoteList = std::vector<std::shared_ptr<runtime::Object>>;
     explicit StudyboardObject(runtime::Class& cls) : ViewControllerObject(cls) {}
-    std::vector<std::shared_ptr<runtime::Object>> selection;
+    // The reader's window answers the selection from its notebook when it
+    // sets selectionSource; without one the board answers `selection`.
+    NoteList selection;
+    std::function<NoteList()> selectionSource;
     QString bookTitle;
     QStringList headsUps;
     std::function<void(const QString& text, double seconds)> presentHUD;  // set by the reader's window

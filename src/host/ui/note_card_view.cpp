@@ -2,9 +2,8 @@
 
 #include "host/ui/kit_table_view.h"
 #include "host/ui/kit_text_view.h"
+#include "host/ui/note_title_editor.h"
 #include "host/ui/styled_document.h"
-
-#include "foundation/log.h"
 
 #include <QJsonObject>
 #include <QMouseEvent>
@@ -22,7 +21,10 @@ namespace {
 
 constexpr int margin = 6;         // between the card's border and its table
 constexpr int headerHeight = 20;  // the strip above the rows, showing the page
-constexpr double rowPadding = 4;  // added to each row's text height
+// Added to each row's text height: room below the text for the caret and the
+// title's edit frame.
+constexpr double titlePadding = 16;
+constexpr double rowPadding = 20;
 const QString rowIdentifier = QStringLiteral("NoteCardRow");
 
 // The card's surface: a white rounded box with a light border (blue when
@@ -53,8 +55,11 @@ protected:
             font.setPointSizeF(font.pointSizeF() * 0.8);
             painter.setFont(font);
             painter.setPen(QColor(0x8a, 0x8f, 0x98));
-            painter.drawText(QRect(margin + 4, 2, width() - 2 * margin, headerHeight - 2), Qt::AlignVCenter | Qt::AlignLeft,
-                             page > 0 ? QStringLiteral("p. %1").arg(page) : QStringLiteral("Note"));
+            QString header = page > 0 ? QStringLiteral("p. %1").arg(page) : QStringLiteral("Note");
+            if (!card->recognizeText.isEmpty())
+                header += QStringLiteral(" · ") + card->recognizeText;
+            const QRect strip(margin + 4, 2, width() - 2 * margin - 8, headerHeight - 2);
+            painter.drawText(strip, Qt::AlignVCenter | Qt::AlignLeft, QFontMetrics(font).elidedText(header, Qt::ElideRight, strip.width()));
         }
     }
     void mousePressEvent(QMouseEvent* event) override
@@ -113,6 +118,9 @@ void NoteCardObject::setUp()
     };
     send<void>(*table_, "setDataSource:", shared_from_this());
     send<void>(*table_, "setDelegate:", shared_from_this());
+    titleBackView_ = makeViewOfClass(*runtime.classNamed(noteTitleBackViewClassName));
+    send<void>(*titleBackView_, "setMnote:", shared_from_this());
+    send<void>(*titleBackView_, "setSubIndexOfNote:", 0);
 }
 
 void NoteCardObject::sizeToContent(double contentHeight)
@@ -132,6 +140,16 @@ void NoteCardObject::reloadData()
     collectRows();
     if (table_)
         send<void>(*table_, "reloadData");
+    if (QWidget* card = widget())
+        card->update();
+}
+
+void NoteCardObject::refreshPlayer()
+{
+    if (table_) {
+        send<void>(*table_, "beginUpdates");
+        send<void>(*table_, "endUpdates");
+    }
     if (QWidget* card = widget())
         card->update();
 }
@@ -194,8 +212,21 @@ double NoteCardObject::tableView_heightForRowAtIndexPath_(IndexPath path) const
 {
     if (path.row < 0 || path.row >= static_cast<int>(rows_.size()) || !table_)
         return 0;
+    const Row& row = rows_[path.row];
     const double width = send<QRectF>(*table_, "bounds").width();
-    return boundingHeightForWidth_withAttributedString_(width, styledRow(rows_[path.row])) + rowPadding;
+    return boundingHeightForWidth_withAttributedString_(width, shownText(path)) + (row.kind == Row::title ? titlePadding : rowPadding);
+}
+
+// What the row's cell shows, once it has one (a replaced cell may show the
+// row otherwise than the card would); the row's own text before that.
+StyledText NoteCardObject::shownText(IndexPath path) const
+{
+    const ObjectRef cell = send<ObjectRef>(*table_, "cellForRowAtIndexPath:", path);
+    const ObjectRef content = cell ? send<ObjectRef>(*cell, "contentView") : nullptr;
+    const auto views = content ? send<std::vector<ObjectRef>>(*content, "subviews") : std::vector<ObjectRef>();
+    if (auto* text = views.empty() ? nullptr : dynamic_cast<TextViewObject*>(views.front().get()))
+        return text->attributedText();
+    return styledRow(rows_[path.row]);
 }
 
 ObjectRef NoteCardObject::tableView_cellForRowAtIndexPath_(const ObjectRef& table, IndexPath path)
@@ -206,23 +237,52 @@ ObjectRef NoteCardObject::tableView_cellForRowAtIndexPath_(const ObjectRef& tabl
                                      rowIdentifier);
     send<void>(*cell, "setFrame:", QRectF(0, 0, width, tableView_heightForRowAtIndexPath_(path)));
     ObjectRef content = send<ObjectRef>(*cell, "contentView");
-    ObjectRef text = runtime::sendClass<ObjectRef>(*runtime.classNamed(textViewClassName), "textViewWithFrame:",
-                                     send<QRectF>(*content, "bounds"));
-    send<void>(*text, "setAutoresizingMask:", int(flexibleWidth | flexibleHeight));
-    send<void>(*text, "setScrollEnabled:", false);
+    if (path.row < 0 || path.row >= static_cast<int>(rows_.size()))
+        return cell;
+    ObjectRef text = makeRowTextView(rows_[path.row], send<QRectF>(*content, "bounds"));
     send<void>(*text, "setTag:", path.row);
-    if (path.row >= 0 && path.row < static_cast<int>(rows_.size())) {
-        const Row& row = rows_[path.row];
-        send<void>(*text, "setAttributedText:", styledRow(row));
-        send<void>(*text, "setEditable:", row.editable);
-    }
-    send<void>(*text, "setDelegate:", shared_from_this());
     send<void>(*content, "addSubview:", text);
     return cell;
 }
 
+// The title is typed in the title editor, whose back view stores it; the
+// other rows report to the card.
+ObjectRef NoteCardObject::makeRowTextView(const Row& row, const QRectF& frame)
+{
+    runtime::Runtime& runtime = objectClass().runtime();
+    const bool title = row.kind == Row::title;
+    ObjectRef text = runtime::sendClass<ObjectRef>(*runtime.classNamed(title ? noteTitleEditViewClassName : textViewClassName),
+                                                   "textViewWithFrame:", frame);
+    send<void>(*text, "setAutoresizingMask:", int(flexibleWidth | flexibleHeight));
+    send<void>(*text, "setScrollEnabled:", false);
+    send<void>(*text, "setAttributedText:", styledRow(row));
+    send<void>(*text, "setEditable:", row.editable);
+    if (auto* editor = dynamic_cast<TitleEditObject*>(text.get())) {
+        std::weak_ptr<NoteCardObject> weak = std::static_pointer_cast<NoteCardObject>(shared_from_this());
+        editor->stored = [weak] {
+            auto card = weak.lock();
+            if (!card || !card->note_)
+                return;
+            for (Row& shown : card->rows_) {
+                if (shown.kind == Row::title)
+                    shown.text = card->note_->note.notetitle();
+            }
+            if (card->saved)
+                card->saved();
+        };
+    }
+    send<void>(*text, "setDelegate:", title ? titleBackView_ : shared_from_this());
+    return text;
+}
+
+void NoteCardObject::textViewDidBeginEditing_(const ObjectRef& textView)
+{
+    editingIndexPath_ = {0, send<int>(*textView, "tag")};
+}
+
 void NoteCardObject::textViewDidEndEditing_(const ObjectRef& textView)
 {
+    editingIndexPath_ = {-1, -1};
     const int index = send<int>(*textView, "tag");
     if (!note_ || index < 0 || index >= static_cast<int>(rows_.size()))
         return;
@@ -231,41 +291,13 @@ void NoteCardObject::textViewDidEndEditing_(const ObjectRef& textView)
     if (text == row.text || !row.editable)
         return;
     row.text = text;
-    Notebook* notebook = note_->notebook;
-    bool stored = true;
-    switch (row.kind) {
-    case Row::title:
-    case Row::excerpt:
-        if (row.kind == Row::title)
-            note_->note.setNotetitle(text);
-        else
-            note_->note.setHighlight_text(text);
-        stored = !notebook || notebook->update(note_->note);
-        if (!stored)
-            logLine(QStringLiteral("card: note %1 was not saved: %2").arg(note_->note.noteid(), notebook->errorString()));
-        break;
-    case Row::comment: {
-        QJsonArray comments = send<QJsonArray>(*note_, "notes");
-        if (row.commentIndex >= comments.size())
-            return;
-        if (comments[row.commentIndex].isObject()) {
-            QJsonObject record = comments[row.commentIndex].toObject();
-            record.insert(QStringLiteral("text"), text);
-            comments[row.commentIndex] = record;
-        } else {
-            comments[row.commentIndex] = text;
-        }
-        send<void>(*note_, "setNotesAndUpdateMediaList:clear:", comments, false);
-        break;
-    }
-    }
+    if (!setNoteText(*note_, row.subIndex(), text))
+        return;
+    recognizeText.clear();
     // The row may now need another height; the cells (one may have the focus
     // by now) stay as they are.
-    if (table_) {
-        send<void>(*table_, "beginUpdates");
-        send<void>(*table_, "endUpdates");
-    }
-    if (stored && saved)
+    refreshPlayer();
+    if (saved)
         saved();
 }
 
@@ -291,6 +323,7 @@ void registerNoteCardViewClass(runtime::Runtime& runtime)
 {
     registerViewKitClasses(runtime);
     registerNoteClasses(runtime);
+    registerNoteTitleEditorClasses(runtime);
     if (runtime.classNamed(noteCardViewClassName))
         return;
     runtime::Class& card = runtime.registerClass(noteCardViewClassName, viewClassName);
@@ -304,9 +337,24 @@ void registerNoteCardViewClass(runtime::Runtime& runtime)
                                return NoteCardObject::boundingHeightForWidth_withAttributedString_(width, text);
                            }));
     runtime.addMethod(card, "note", makeImp([](NoteCardObject& self) -> ObjectRef { return self.note(); }));
+    runtime.addMethod(card, "lastNote", makeImp([](NoteCardObject& self) -> ObjectRef { return self.note(); }));
     runtime.addMethod(card, "setNote:", makeImp([](NoteCardObject& self, ObjectRef note) { self.setNote_(note); }));
     runtime.addMethod(card, "tableView", makeImp([](NoteCardObject& self) { return self.tableView(); }));
     runtime.addMethod(card, "reloadData", makeImp([](NoteCardObject& self) { self.reloadData(); }));
+    runtime.addMethod(card, "refreshPlayer", makeImp([](NoteCardObject& self) { self.refreshPlayer(); }));
+    runtime.addMethod(card, "_editingIndexPath", makeImp([](NoteCardObject& self) { return self.editingIndexPath(); }));
+    runtime.addMethod(card, "recognize_text", makeImp([](NoteCardObject& self) { return self.recognizeText; }));
+    runtime.addMethod(card, "setRecognize_text:", makeImp([](NoteCardObject& self, QString text) { self.recognizeText = text; }));
+    runtime.addMethod(card, "refresh", makeImp([](NoteCardObject& self) {
+        if (QWidget* widget = self.widget())
+            widget->update(0, 0, widget->width(), headerHeight);
+    }));
+    runtime.addMethod(card, "setNeedsDisplay", makeImp([](NoteCardObject& self) {
+        if (QWidget* widget = self.widget())
+            widget->update();
+    }));
+    runtime.addMethod(card, "editBackView", makeImp([](NoteCardObject& self) { return self.editBackView; }));
+    runtime.addMethod(card, "setEditBackView:", makeImp([](NoteCardObject& self, ObjectRef view) { self.editBackView = view; }));
     runtime.addMethod(card, "tableView:numberOfRowsInSection:", makeImp([](NoteCardObject& self, ObjectRef, int section) {
         return self.tableView_numberOfRowsInSection_(section);
     }));
@@ -316,9 +364,9 @@ void registerNoteCardViewClass(runtime::Runtime& runtime)
     runtime.addMethod(card, "tableView:cellForRowAtIndexPath:", makeImp([](NoteCardObject& self, ObjectRef table, IndexPath path) {
         return self.tableView_cellForRowAtIndexPath_(table, path);
     }));
-    // Nothing to do when editing starts; the method is here for a plug-in to
-    // replace (edit protection) and for the text view to find.
-    runtime.addMethod(card, "textViewDidBeginEditing:", makeImp([](NoteCardObject&, ObjectRef) {}));
+    runtime.addMethod(card, "textViewDidBeginEditing:", makeImp([](NoteCardObject& self, ObjectRef textView) {
+        self.textViewDidBeginEditing_(textView);
+    }));
     runtime.addMethod(card, "textViewDidEndEditing:", makeImp([](NoteCardObject& self, ObjectRef textView) {
         self.textViewDidEndEditing_(textView);
     }));

@@ -6,13 +6,26 @@
 // table methods are reached through runtime::send, so a plug-in that replaces
 // them changes what every card shows.
 //
-// Instance methods: note (ObjectRef, the "MbBookNote"), setNote: (ObjectRef,
-// shows it), tableView (ObjectRef), reloadData, tableView:numberOfRowsInSection:,
-// tableView:heightForRowAtIndexPath:, tableView:cellForRowAtIndexPath: (a
-// "UITableViewCell" holding an editable "UITextView" tagged with the row),
-// textViewDidBeginEditing:, textViewDidEndEditing: (writes the row back into
-// the note and the notebook at once). Class method
-// boundingHeightForWidth:withAttributedString: (double, StyledText) -> double.
+// Instance methods: note and lastNote (ObjectRef, the "MbBookNote"), setNote:
+// (ObjectRef, shows it), tableView (ObjectRef), reloadData,
+// tableView:numberOfRowsInSection:, tableView:heightForRowAtIndexPath:,
+// tableView:cellForRowAtIndexPath: (a "UITableViewCell" holding an editable
+// text view tagged with the row: the title in a "NoteTitleEditView" whose
+// delegate is the card's "NoteTitleBackView", see note_title_editor.h; the
+// other rows in a "UITextView" whose delegate is the card),
+// textViewDidBeginEditing: (the row becomes _editingIndexPath),
+// textViewDidEndEditing: (writes the row back into the note and the notebook
+// at once), _editingIndexPath (IndexPath, section -1 while no row is edited).
+//
+// What the title editor uses: recognize_text / setRecognize_text: (QString, a
+// text proposed for the note and shown in the card's header until the note
+// is edited), refresh (repaints the header), setNeedsDisplay (repaints the
+// card), refreshPlayer (lays the rows out again at their heights and sizes
+// the card to them), editBackView / setEditBackView: (the frame of the title
+// edit in progress, nil when none).
+//
+// Class method boundingHeightForWidth:withAttributedString: (double,
+// StyledText) -> double.
 
 #include "host/ui/view_kit.h"
 
@@ -40,6 +53,11 @@ public:
     void setNote_(const ObjectRef& note);
     ObjectRef tableView() const { return table_; }
     void reloadData();
+    void refreshPlayer();
+
+    IndexPath editingIndexPath() const { return editingIndexPath_; }
+    QString recognizeText;
+    ObjectRef editBackView;
 
     bool isSelected() const { return selected_; }
     void setSelected(bool selected);
@@ -55,6 +73,8 @@ public:
         int commentIndex = -1;  // into the note's comments
         QString text;
         bool editable = true;
+        // Which of the note's texts the row shows, as setNoteText numbers them.
+        int subIndex() const { return kind == title ? 0 : kind == excerpt ? 1 : 2 + commentIndex; }
     };
     const std::vector<Row>& rows() const { return rows_; }
     // The styled text of a row as the card shows it.
@@ -63,6 +83,7 @@ public:
     int tableView_numberOfRowsInSection_(int section) const;
     double tableView_heightForRowAtIndexPath_(IndexPath path) const;
     ObjectRef tableView_cellForRowAtIndexPath_(const ObjectRef& table, IndexPath path);
+    void textViewDidBeginEditing_(const ObjectRef& textView);
     void textViewDidEndEditing_(const ObjectRef& textView);
 
     static double boundingHeightForWidth_withAttributedString_(double width, const StyledText& text);
@@ -70,9 +91,13 @@ public:
 private:
     void collectRows();
     void sizeToContent(double contentHeight);
+    ObjectRef makeRowTextView(const Row& row, const QRectF& frame);
+    StyledText shownText(IndexPath path) const;
 
     std::shared_ptr<BookNoteObject> note_;
     ObjectRef table_;
+    ObjectRef titleBackView_;  // the delegate of the title row's editor
+    IndexPath editingIndexPath_{-1, -1};
     std::vector<Row> rows_;
     bool selected_ = false;
 };

@@ -1,5 +1,6 @@
 #include "host/ui/notebook_panel.h"
 
+#include "host/ui/edit_bar.h"
 #include "host/ui/note_card_view.h"
 
 #include "foundation/log.h"
@@ -20,6 +21,9 @@ NotebookPanel::NotebookPanel(QWidget* parent) : QWidget(parent)
     setFocusPolicy(Qt::StrongFocus);
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
+    outer->setSpacing(0);
+    editBar_ = new EditBar(this);
+    outer->addWidget(editBar_);
     scrollArea_ = new QScrollArea(this);
     scrollArea_->setWidgetResizable(true);
     scrollArea_->setFrameShape(QFrame::NoFrame);

@@ -23,6 +23,7 @@ class QVBoxLayout;
 
 namespace lexicorn::host::ui {
 
+class EditBar;
 class NoteCardObject;
 
 class NotebookPanel : public QWidget {
@@ -38,6 +39,8 @@ public:
     // the notes that are still there.
     void reload();
     QStringList selectedNoteIds() const { return selected_; }
+    // The organising edit bar above the notes, where add-ons put buttons.
+    EditBar& editBar() { return *editBar_; }
     // Removes the selected notes from the notebook, then shows what is left.
     void removeSelectedNotes();
     // The card ("NoteCardView") of a note shown, or null.
@@ -58,6 +61,7 @@ private:
 
     std::shared_ptr<Notebook> notebook_;
     QString bookMd5_;
+    EditBar* editBar_;
     QScrollArea* scrollArea_;
     QWidget* list_;
     QVBoxLayout* listLayout_;

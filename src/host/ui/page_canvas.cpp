@@ -1,5 +1,7 @@
 #include "host/ui/page_canvas.h"
 
+#include "foundation/event_types.h"
+
 #include <poppler-qt6.h>
 
 #include <QFileInfo>
@@ -27,6 +29,11 @@ constexpr double kMaxImageBytes = 48.0 * 1024 * 1024;
 const QColor kBackground(0x80, 0x80, 0x80);
 const QColor kPageBorder(0, 0, 0, 70);
 const QColor kSelection(0, 120, 215, 80);
+
+// What routedType gives for an event a router dropped, and for one of no
+// button the router sees.
+constexpr int kDroppedEvent = 0;
+constexpr int kNotRouted = -1;
 
 const char* const kMissingFile = "The file could not be found.";
 const char* const kNotPdf = "The file is not a PDF document or it is damaged.";
@@ -653,23 +660,114 @@ std::optional<PageCanvas::PagePoint> PageCanvas::startDrag(const QPoint& pos)
     return hit;
 }
 
+int PageCanvas::routedType(const QMouseEvent& event) const
+{
+    // The button this event is about: for a move, the one held.
+    const Qt::MouseButton button = event.type() == QEvent::MouseMove
+                                       ? (event.buttons() & Qt::LeftButton     ? Qt::LeftButton
+                                          : event.buttons() & Qt::MiddleButton ? Qt::MiddleButton
+                                                                               : Qt::NoButton)
+                                       : event.button();
+    if (button != Qt::LeftButton && button != Qt::MiddleButton)
+        return kNotRouted;
+    const bool left = button == Qt::LeftButton;
+    int type = kNotRouted;
+    switch (event.type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        type = left ? leftMouseDown : otherMouseDown;
+        break;
+    case QEvent::MouseMove:
+        type = left ? leftMouseDragged : otherMouseDragged;
+        break;
+    case QEvent::MouseButtonRelease:
+        type = left ? leftMouseUp : otherMouseUp;
+        break;
+    default:
+        return kNotRouted;
+    }
+    return router_ ? router_(type) : type;
+}
+
 void PageCanvas::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton) {
+    const int type = routedType(*event);
+    if (type == leftMouseDown)
+        leftPressed(event, false);
+    else if (type == kDroppedEvent)
+        event->accept();
+    else
         QAbstractScrollArea::mousePressEvent(event);
-        return;
-    }
-    if (const std::optional<PagePoint> hit = startDrag(event->position().toPoint()))
-        emit pagePressed(hit->pageIndex, hit->point, event->modifiers());
-    event->accept();
+}
+
+void PageCanvas::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    const int type = routedType(*event);
+    if (type == leftMouseDown)
+        leftPressed(event, true);
+    else if (type == kDroppedEvent)
+        event->accept();
+    else
+        QAbstractScrollArea::mouseDoubleClickEvent(event);
 }
 
 void PageCanvas::mouseMoveEvent(QMouseEvent* event)
 {
-    if (pressPage_ < 0 || !(event->buttons() & Qt::LeftButton)) {
+    const int type = routedType(*event);
+    if (type == leftMouseDragged)
+        leftDragged(event);
+    else if (type == kDroppedEvent)
+        event->accept();
+    else
+        QAbstractScrollArea::mouseMoveEvent(event);
+}
+
+void PageCanvas::mouseReleaseEvent(QMouseEvent* event)
+{
+    const int type = routedType(*event);
+    if (type == leftMouseUp)
+        leftReleased(event);
+    else if (type == kDroppedEvent)
+        event->accept();
+    else
+        QAbstractScrollArea::mouseReleaseEvent(event);
+}
+
+void PageCanvas::leftPressed(QMouseEvent* event, bool secondClick)
+{
+    event->accept();
+    if (panCondition_ && panCondition_()) {
+        // Space held: the page follows the pointer and nothing is selected.
+        panning_ = true;
+        panFrom_ = event->position().toPoint();
+        panScrollStart_ = QPoint(horizontalScrollBar()->value(), verticalScrollBar()->value());
+        viewport()->setCursor(Qt::ClosedHandCursor);
+        return;
+    }
+    const std::optional<PagePoint> hit = startDrag(event->position().toPoint());
+    if (!hit)
+        return;
+    // The second press of a double click starts a drag like a press does.
+    if (secondClick)
+        emit pageDoubleClicked(hit->pageIndex, hit->point, event->modifiers());
+    else
+        emit pagePressed(hit->pageIndex, hit->point, event->modifiers());
+}
+
+void PageCanvas::leftDragged(QMouseEvent* event)
+{
+    if (panning_) {
+        const QPoint moved = event->position().toPoint() - panFrom_;
+        horizontalScrollBar()->setValue(panScrollStart_.x() - moved.x());
+        verticalScrollBar()->setValue(panScrollStart_.y() - moved.y());
+        event->accept();
+        return;
+    }
+    if (pressPage_ < 0) {
         QAbstractScrollArea::mouseMoveEvent(event);
         return;
     }
+    event->accept();
     dragPos_ = event->position().toPoint();
     emit pageDragged(pressPage_, clampedPagePoint(pressPage_, dragPos_));
     // Dragging above or below the view scrolls it, so a selection can grow
@@ -679,7 +777,6 @@ void PageCanvas::mouseMoveEvent(QMouseEvent* event)
         autoScroll_.start();
     else if (!outside)
         autoScroll_.stop();
-    event->accept();
 }
 
 void PageCanvas::autoScrollStep()
@@ -699,10 +796,12 @@ void PageCanvas::autoScrollStep()
     emit pageDragged(pressPage_, clampedPagePoint(pressPage_, dragPos_));
 }
 
-void PageCanvas::mouseReleaseEvent(QMouseEvent* event)
+void PageCanvas::leftReleased(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton) {
-        QAbstractScrollArea::mouseReleaseEvent(event);
+    event->accept();
+    if (panning_) {
+        panning_ = false;
+        viewport()->unsetCursor();
         return;
     }
     autoScroll_.stop();
@@ -710,19 +809,6 @@ void PageCanvas::mouseReleaseEvent(QMouseEvent* event)
         const int page = std::exchange(pressPage_, -1);
         emit pageReleased(page, clampedPagePoint(page, event->position().toPoint()));
     }
-    event->accept();
-}
-
-void PageCanvas::mouseDoubleClickEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::LeftButton) {
-        QAbstractScrollArea::mouseDoubleClickEvent(event);
-        return;
-    }
-    // The second press of a double click: it starts a drag like a press does.
-    if (const std::optional<PagePoint> hit = startDrag(event->position().toPoint()))
-        emit pageDoubleClicked(hit->pageIndex, hit->point, event->modifiers());
-    event->accept();
 }
 
 }  // namespace lexicorn::host::ui

@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -79,6 +80,17 @@ public:
     void clearSelectionMarks();
     void setHighlights(std::map<int, std::vector<Mark>> marksByPage);  // replaces all highlights
 
+    // Mouse button events pass through the router before the canvas acts on
+    // them, as event types numbered like the platform's (event_types.h): the
+    // left button as left-mouse, the middle as other-mouse. The router
+    // returns the type to act on (it may turn one button into another), or 0
+    // to drop the event. Without a router every event is acted on as it came.
+    using EventRouter = std::function<int(int eventType)>;
+    void setEventRouter(EventRouter router) { router_ = std::move(router); }
+    // Asked when a left press starts: true makes the drag pan the page
+    // instead of selecting (the space key is held).
+    void setPanCondition(std::function<bool()> condition) { panCondition_ = std::move(condition); }
+
     // True when every page in the viewport shows its image at the current
     // zoom (none is waiting for the renderer); for tests and measurements.
     bool visiblePagesRendered() const;
@@ -128,6 +140,13 @@ private:
     void autoScrollStep();
     // A left press at the position: the drag starts on the page under it.
     std::optional<PagePoint> startDrag(const QPoint& pos);
+    // The event's type after the router: 0 when it dropped the event, -1 for
+    // an event of another button.
+    int routedType(const QMouseEvent& event) const;
+    // The left button's gestures, whichever button made them.
+    void leftPressed(QMouseEvent* event, bool secondClick);
+    void leftDragged(QMouseEvent* event);
+    void leftReleased(QMouseEvent* event);
 
     PageLayout layout_;
     std::unique_ptr<PageRenderer> renderer_;
@@ -147,6 +166,12 @@ private:
     int pressPage_ = -1;  // page of the left-button press being dragged, or -1
     QPoint dragPos_;
     QTimer autoScroll_;
+
+    EventRouter router_;
+    std::function<bool()> panCondition_;
+    bool panning_ = false;
+    QPoint panFrom_;         // where the panning press was, in viewport pixels
+    QPoint panScrollStart_;  // the scroll bars' values at that press
 };
 
 }  // namespace lexicorn::host::ui

@@ -3,9 +3,14 @@ target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/view_kit.cpp
   ${CMAKE_CURRENT_LIST_DIR}/kit_table_view.cpp
   ${CMAKE_CURRENT_LIST_DIR}/kit_text_view.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/kit_controls.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/kit_toggles.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/kit_images.cpp
   ${CMAKE_CURRENT_LIST_DIR}/styled_document.cpp
   ${CMAKE_CURRENT_LIST_DIR}/note_card_view.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/note_title_editor.cpp
   ${CMAKE_CURRENT_LIST_DIR}/notebook_panel.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/edit_bar.cpp
   ${CMAKE_CURRENT_LIST_DIR}/hud_overlay.cpp
   ${CMAKE_CURRENT_LIST_DIR}/dialog_alerts.cpp
   ${CMAKE_CURRENT_LIST_DIR}/research_pane.cpp)

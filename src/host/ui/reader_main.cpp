@@ -31,9 +31,9 @@ int main(int argc, char* argv[])
     lexicorn::host::HostApplication host = launchReader();
     ReaderWindow window(host);
     installDialogAlertPresenter(&window);
-    // The plug-in's dictionary starts switched off in every reader; its
-    // settings menu switches it on. Until that menu is in the study board,
-    // the reader switches it on for the user.
+    // The plug-in's switches live on the reader object and are not stored,
+    // so its dictionary would start off at every launch; the reader starts
+    // with it on, and the study board's dictionary menu switches it.
     if (lexicorn::runtime::respondsTo(*host.bookView, "setEnableDict:"))
         lexicorn::runtime::send<void>(*host.bookView, "setEnableDict:", true);
     const QStringList files = parser.positionalArguments();

@@ -1,10 +1,12 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/ui/event_monitor.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
+#include "host/ui/task_progress.h"
 #include "host/ui/view_kit.h"
 
 #include "foundation/notification_center.h"
@@ -22,6 +24,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QShortcut>
+#include <QShowEvent>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
@@ -56,6 +59,39 @@ QColor highlightColour(const QString& style)
 
 // Drags shorter than this (in page points) are clicks.
 constexpr double clickSlop = 2.0;
+
+// A dictionary card by the add-on's test, when an add-on gives notes one.
+bool isDictionaryCard(runtime::Object& note)
+{
+    for (const char* test : {"isDictNote", "isDictTitle"}) {
+        if (runtime::respondsTo(note, test) && send<bool>(note, test))
+            return true;
+    }
+    return false;
+}
+
+// The notes the study board works on: those selected in the notebook, in the
+// order they were selected; with none selected, every dictionary card of the
+// open book.
+StudyboardObject::NoteList boardSelection(const std::shared_ptr<Notebook>& notebook, const QString& bookMd5,
+                                          const QStringList& selected)
+{
+    StudyboardObject::NoteList notes;
+    if (!notebook || bookMd5.isEmpty())
+        return notes;
+    for (const QString& noteid : selected) {
+        if (std::optional<MbBookNote> note = notebook->note(noteid))
+            notes.push_back(makeBookNote(std::move(*note), notebook.get()));
+    }
+    if (!selected.isEmpty())
+        return notes;
+    for (MbBookNote& note : notebook->notesOfBook(bookMd5)) {
+        std::shared_ptr<BookNoteObject> object = makeBookNote(std::move(note), notebook.get());
+        if (isDictionaryCard(*object))
+            notes.push_back(std::move(object));
+    }
+    return notes;
+}
 
 }  // namespace
 
@@ -104,6 +140,12 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
 
     buildActions();
     statusBar()->showMessage(QStringLiteral("Open a PDF with File › Open, or drop one here."));
+    progress_ = new TaskProgress(this);
+    statusBar()->addPermanentWidget(progress_);
+    routeMouseEvents(*canvas_, application_.delegate);
+    studyboard_->selectionSource = [this] {
+        return boardSelection(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
+    };
 
     application_.bookView->display = this;
     application_.delegate->presentHUD = [this](const QString& text, double seconds) { hud_->showMessage(text, seconds); };
@@ -128,6 +170,9 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     researchObserver_ = NotificationCenter::defaultCenter().addObserverForName(
         QStringLiteral("ResearchOnWeb"),
         [this](const Notification& notification) { showResearchPane(notification.userInfo.value(QStringLiteral("text")).toString()); });
+
+    // The board's view is built: an add-on places its buttons now.
+    send<void>(*studyboard_, "viewDidLoad");
 }
 
 ReaderWindow::~ReaderWindow()
@@ -136,6 +181,7 @@ ReaderWindow::~ReaderWindow()
     NotificationCenter::defaultCenter().removeObserver(cancelEditObserver_);
     application_.bookView->display = nullptr;
     application_.delegate->presentHUD = nullptr;
+    studyboard_->selectionSource = nullptr;
     if (currentWindow() == this)
         currentWindow() = nullptr;
 }
@@ -218,6 +264,7 @@ bool ReaderWindow::openFile(const QString& path)
     const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
     const int page = known && known->lastPage > 0 ? known->lastPage : 1;
     books.addBook(*md5, QFileInfo(path).completeBaseName(), path);
+    studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
     QString problem;
     if (!canvas_->openDocument(path, &problem))
         return fail(problem);
@@ -260,6 +307,14 @@ void ReaderWindow::updateStatus()
                                  .arg(canvas_->currentPage() + 1)
                                  .arg(canvas_->pageCount())
                                  .arg(qRound(canvas_->zoom() * 100)));
+}
+
+// Each time the board comes on screen, through the runtime so add-ons act.
+void ReaderWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous())
+        send<void>(*studyboard_, "viewWillAppear:", true);
 }
 
 void ReaderWindow::closeEvent(QCloseEvent* event)

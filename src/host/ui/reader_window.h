@@ -24,6 +24,7 @@ namespace lexicorn::host::ui {
 class HudOverlay;
 class NotebookPanel;
 class ResearchPane;
+class TaskProgress;
 
 class ReaderWindow : public QMainWindow, public BookDisplay {
     Q_OBJECT
@@ -39,6 +40,8 @@ public:
     PageCanvas& canvas() { return *canvas_; }
     NotebookPanel& notebookPanel() { return *panel_; }
     HudOverlay& hud() { return *hud_; }
+    // A long task's progress in the status line (the study board's batch).
+    TaskProgress& taskProgress() { return *progress_; }
     ResearchPane* researchPane() { return research_; }
     QToolBar& clipBar() { return *clipBar_; }
     // The contents pane's table (the book's outline), hidden for a book without one.
@@ -60,6 +63,7 @@ public:
     void showResearchPane(const QString& sentence);
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -94,6 +98,7 @@ private:
     NotebookPanel* panel_ = nullptr;
     ResearchPane* research_ = nullptr;
     HudOverlay* hud_ = nullptr;
+    TaskProgress* progress_ = nullptr;
     QToolBar* clipBar_ = nullptr;
     QMenu* recentMenu_ = nullptr;
     std::shared_ptr<runtime::Object> contents_;

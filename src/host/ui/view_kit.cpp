@@ -1,6 +1,7 @@
 #include "host/ui/view_kit.h"
 
 #include "host/app/host_classes.h"
+#include "host/ui/kit_controls.h"
 #include "host/ui/kit_table_view.h"
 #include "host/ui/kit_text_view.h"
 
@@ -404,6 +405,7 @@ void registerViewKitClasses(runtime::Runtime& runtime)
 
     registerTableViewClasses(runtime);
     registerTextViewClass(runtime);
+    registerControlClasses(runtime);
 }
 
 }  // namespace lexicorn::host::ui

@@ -124,8 +124,9 @@ QWidget* widgetOf(const ObjectRef& object);
 // The view object of a widget, wrapping it when it has none ("viewWithWidget:").
 ObjectRef wrapWidget(QWidget* widget, runtime::Runtime& runtime = runtime::Runtime::shared());
 
-// Registers "UIView", "UITableView", "UITableViewCell" and "UITextView" with
-// their methods, after the host's own classes; safe to call more than once.
+// Registers "UIView", "UITableView", "UITableViewCell", "UITextView" and the
+// controls (kit_controls.h) with their methods, after the host's own
+// classes; safe to call more than once.
 //
 // UIView: +viewWithFrame: (QRectF), +viewWithWidget: (QWidget*); widget,
 // frame, setFrame:, bounds, isHidden, setHidden:, backgroundColor,

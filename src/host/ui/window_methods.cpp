@@ -5,9 +5,13 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/ui/edit_bar.h"
 #include "host/ui/note_card_view.h"
+#include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
+#include "host/ui/studyboard_methods.h"
+#include "host/ui/task_progress.h"
 #include "host/ui/view_kit.h"
 
 #include "runtime/hosting.h"
@@ -123,6 +127,25 @@ void registerStudyboardMethods(runtime::Runtime& runtime)
     runtime.addMethod(board, "emphasisHighlight:", makeImp([](StudyboardObject&, QPointF) {}));
 }
 
+// The organising edit bar above the notebook, and a long task's progress in
+// the status line: the text, items done and items in all.
+void registerStudyboardBarMethods(runtime::Runtime& runtime)
+{
+    runtime::Class& board = *runtime.classNamed(studyboardClassName);
+    runtime.addMethod(board, "organizingEditBar", makeImp([](StudyboardObject&) -> ObjectRef {
+        ReaderWindow* window = ReaderWindow::current();
+        return window ? objectOf(&window->notebookPanel().editBar()) : nullptr;
+    }));
+    runtime.addMethod(board, "showProgressWithText:done:total:", makeImp([](StudyboardObject&, QString text, int done, int total) {
+        if (ReaderWindow* window = ReaderWindow::current())
+            window->taskProgress().report(text, done, total);
+    }));
+    runtime.addMethod(board, "hideProgress", makeImp([](StudyboardObject&) {
+        if (ReaderWindow* window = ReaderWindow::current())
+            window->taskProgress().finish();
+    }));
+}
+
 void registerPopupMenu(runtime::Runtime& runtime)
 {
     runtime::Class& menu = runtime.registerClass(popupMenuClassName, "UIResponder");
@@ -151,6 +174,8 @@ void registerWindowClasses(runtime::Runtime& runtime)
     registerBookViewMethods(runtime);
     registerOutlineMethods(runtime);
     registerStudyboardMethods(runtime);
+    registerStudyboardBarMethods(runtime);
+    registerStudyboardAddonMethods(runtime);
     registerPopupMenu(runtime);
     runtime.addMethod(*runtime.classNamed(appDelegateClassName), "studyboardController", makeImp([](AppDelegate&) -> ObjectRef {
         ReaderWindow* window = ReaderWindow::current();

@@ -5,12 +5,13 @@
 #include "lexicorn/hosting/card_methods.h"
 #include "lexicorn/hosting/pass_through.h"
 #include "lexicorn/hosting/reader_methods.h"
+#include "lexicorn/hosting/settings_menu.h"
 #include "lexicorn/hosting/startup.h"
+#include "lexicorn/reader/card_protection.h"
 #include "lexicorn/reader/dict_popup.h"
 
 #include "foundation/log.h"
 
-#include <QJsonArray>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -49,16 +50,13 @@ std::vector<Replacement> passThroughReplacements()
         passThrough<void>("MbUIDetailViewController", "viewDidLoad"),
         passThrough<ObjectRef, ObjectRef, bool, bool>("MindMapCanvas", "createNewGroup:edit:draft:"),
         passThrough<void, QRectF>("MindMapNote", "setFrame:"),
-        passThrough<void>("MbUIStudyboardController", "viewDidLoad"),
         passThrough<void, ObjectRef>("MbUIStudyboardController", "viewWillLayoutSubviews:"),
-        passThrough<void, bool>("MbUIStudyboardController", "viewWillAppear:"),
         passThrough<void>("MbUIStudyboardController", "layoutMapAndBooks"),
         passThrough<void, std::string>("MbUIStudyboardController", "toggleBookLeft:"),
         passThrough<void, ObjectRef>("MbUIStudyboardController", "openHotword:"),
         passThrough<void, ObjectRef>("MbUIStudyboardController", "refreshAddonCommands:"),
         passThrough<void>("MbUIStudyboardController", "layoutAddonToolbar"),
         passThrough<void, QString>("MbBookNote", "highlightTextFromAttributedText:"),
-        passThrough<void, QJsonArray, bool>("MbBookNote", "setNotesAndUpdateMediaList:clear:"),
     };
 }
 
@@ -146,9 +144,12 @@ void registerAll(const std::vector<Replacement>& rows)
     addProperties();
     registerAll(ownReplacements());
     registerAll(passThroughReplacements());
+    registerAll(settingsMenuReplacements());
     installCardMethods();
     installReaderMethods();
+    installSettingsMenu();
     installPopupMethods([] { return applicationDelegate().lock(); });
+    installCardProtection();
 }
 
 }  // namespace

@@ -1,0 +1,154 @@
+#include "lexicorn/hosting/settings_actions.h"
+
+#include "lexicorn/hosting/startup.h"
+
+#include "lexicorn/clipboard/ksw_hdebug.h"
+#include "lexicorn/dictionary/en_word_server.h"
+#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/services/ksw_translate.h"
+
+#include "foundation/user_defaults.h"
+
+namespace lexicorn::settings {
+
+namespace {
+
+using runtime::makeImp;
+using runtime::Object;
+using runtime::send;
+
+bool isFlatSwitch(const ObjectRef& sender)
+{
+    const runtime::Class* flatSwitch = runtime::Runtime::shared().classNamed("ABFlatSwitch");
+    return sender && flatSwitch && sender->objectClass().isSubclassOf(*flatSwitch);
+}
+
+// Sets a boolean property of an object that has it.
+void setSwitch(const ObjectRef& object, const char* property, bool on)
+{
+    const std::string setter = runtime::setterName(property);
+    if (object && runtime::respondsTo(*object, setter))
+        send<void>(*object, setter, on);
+}
+
+// A switch action: runs with the new state when the sender is a switch.
+template <class Body>
+runtime::Imp switchAction(Body body)
+{
+    return makeImp([body](Object& board, ObjectRef sender) {
+        if (isFlatSwitch(sender))
+            body(board, send<bool>(*sender, "isOn"));
+    });
+}
+
+// A switch that only sets the reader's property of the same meaning.
+runtime::Imp readerSwitch(const char* property)
+{
+    return switchAction([property](Object& board, bool on) { setSwitch(readerOf(board), property, on); });
+}
+
+void enableDict(Object& board, bool on)
+{
+    if (runtime::respondsTo(board, "dictSetting")) {
+        if (const ObjectRef button = send<ObjectRef>(board, "dictSetting"))
+            send<void>(*button, "setSelected:", on);
+    }
+    const ObjectRef reader = readerOf(board);
+    setSwitch(reader, "enableDict", on);
+    if (on || !reader)
+        return;
+    // Off: an open popup goes at once, and copies are no longer looked up.
+    if (const ObjectRef container = send<ObjectRef>(*reader, "enDictContainer"))
+        send<void>(*container, "setHidden:", true);
+    KSWHDebug::pasteboardChangedStop_(reader);
+}
+
+void asDictView(Object& board, bool on)
+{
+    const ObjectRef reader = readerOf(board);
+    setSwitch(reader, "asDictView", on);
+    if (on && reader)
+        popup::dictionaryView() = reader;
+    else
+        popup::dictionaryView().reset();
+}
+
+void selectDict(Object& board, int index)
+{
+    if (EnWordServer::shared().isCaching()) {
+        send<void>(board, "showHUD:withDuration:", cachingMessage, 3.0);
+        return;
+    }
+    UserDefaults::standard().set(selectedDictKey, index);
+    EnWordServer::shared().setDictTypeWithNumber(index);
+}
+
+void selectCardWidth(Object& board, int index)
+{
+    const double width = cardWidthForIndex(index);
+    if (const ObjectRef reader = readerOf(board); reader && runtime::respondsTo(*reader, "setCardWidth:"))
+        send<void>(*reader, "setCardWidth:", width);
+    UserDefaults::standard().set(cardWidthKey, width);
+}
+
+void mouse3Control(bool on)
+{
+    const ObjectRef delegate = delegateObject();
+    if (!delegate || !runtime::respondsTo(*delegate, "setEnableMouse3:"))
+        return;
+    send<void>(*delegate, "setEnableMouse3:", on);
+    UserDefaults::standard().set(enableMouse3Key, on);
+}
+
+}  // namespace
+
+ObjectRef readerOf(Object& board)
+{
+    if (!runtime::respondsTo(board, "detailController"))
+        return nullptr;
+    const ObjectRef detail = send<ObjectRef>(board, "detailController");
+    return detail && runtime::respondsTo(*detail, "fBookViewController") ? send<ObjectRef>(*detail, "fBookViewController")
+                                                                          : nullptr;
+}
+
+ObjectRef delegateObject()
+{
+    return applicationDelegate().lock();
+}
+
+double cardWidthForIndex(int index)
+{
+    return index * 200.0 + defaultCardWidth;
+}
+
+int cardWidthIndex(double width)
+{
+    return static_cast<int>((static_cast<long long>(width) - static_cast<long long>(defaultCardWidth)) / 200);
+}
+
+double storedCardWidth()
+{
+    UserDefaults& defaults = UserDefaults::standard();
+    return defaults.contains(cardWidthKey) ? defaults.object(cardWidthKey).toDouble() : defaultCardWidth;
+}
+
+void addSettingActions(runtime::Runtime& runtime, runtime::Class& board)
+{
+    runtime.addMethod(board, "enableDict:", switchAction(enableDict));
+    runtime.addMethod(board, "shieldDictCard:", switchAction([](Object&, bool on) { setSwitch(delegateObject(), "shieldDictCard", on); }));
+    runtime.addMethod(board, "autoAddToAnki:", readerSwitch("autoAddToAnki"));
+    runtime.addMethod(board, "selectingCopy:", readerSwitch("selectingCopy"));
+    runtime.addMethod(board, "autoAudio:", readerSwitch("autoAudio"));
+    runtime.addMethod(board, "asSentenceCard:", readerSwitch("sentenceCard"));
+    runtime.addMethod(board, "asTranslationCard:", readerSwitch("translationCard"));
+    runtime.addMethod(board, "asDictView:", switchAction(asDictView));
+    runtime.addMethod(board, "selectDict:", makeImp(selectDict));
+    runtime.addMethod(board, "selectTE:", makeImp([](Object&, int index) {
+        UserDefaults::standard().set(engineKey, index);
+        KSWTranslate::shareInstance().setEngine(static_cast<unsigned>(index));
+    }));
+    runtime.addMethod(board, "selectCardWidth:", makeImp(selectCardWidth));
+    runtime.addMethod(board, "mouse3Control:", switchAction([](Object&, bool on) { mouse3Control(on); }));
+}
+
+}  // namespace lexicorn::settings
