@@ -2,6 +2,7 @@
 // button panning the page: the reader with the plug-in, offscreen, driven by
 // real clicks and drags, the cards going to a real Anki collection.
 
+#include "reader_session.h"
 #include "screenshot.h"
 #include "sync_fixtures.h"
 
@@ -12,14 +13,12 @@
 #include "host/ui/task_progress.h"
 #include "host/ui/view_kit.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include "lexicorn/render/anki_fields.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDir>
 #include <QScrollBar>
 #include <QTest>
 
@@ -32,33 +31,12 @@ using namespace std::chrono_literals;
 using runtime::send;
 using ObjectRef = std::shared_ptr<runtime::Object>;
 
-const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
+using testing::sampleBook;
 
 class ReaderWithPlugin : public testing::CardHome {
 protected:
-    void start()
-    {
-        QDir().mkpath(home_.path() + QStringLiteral("/Dict"));
-        for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-            QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home_.dictPath(name));
-        UserDefaults::standard().set(QStringLiteral("SPECIAL_ENGINE"), 5);
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> done) {
-            alerts_ << message;
-            if (done)
-                done();
-        });
-        app_ = host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
-        window_ = std::make_unique<host::ui::ReaderWindow>(app_);
-        window_->resize(1400, 900);
-        window_->show();
-        ASSERT_TRUE(window_->openFile(sampleBook));
-        alerts_.clear();  // the disclaimer
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        setAlertPresenter({});
-    }
+    void start() { session_.start(home_); }
+    void TearDown() override { session_.stop(); }
 
     // Adds a note of the open book to the notebook.
     void addNote(host::MbBookNote note)
@@ -74,9 +52,10 @@ protected:
         QTest::mouseClick(widget, Qt::LeftButton, {}, widget->rect().center());
     }
 
-    QStringList alerts_;
-    host::HostApplication app_;
-    std::unique_ptr<host::ui::ReaderWindow> window_;
+    testing::ReaderSession session_;
+    QStringList& alerts_ = session_.alerts;
+    host::HostApplication& app_ = session_.app;
+    std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
 struct Report {

@@ -4,6 +4,7 @@
 // is updated in a real Anki collection; with the protection off it is
 // edited as plain text.
 
+#include "reader_session.h"
 #include "screenshot.h"
 #include "sync_fixtures.h"
 
@@ -13,13 +14,10 @@
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include "lexicorn/render/note_format.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTest>
 #include <QTextCursor>
 #include <QTextEdit>
@@ -32,37 +30,13 @@ namespace {
 using runtime::send;
 using ObjectRef = std::shared_ptr<runtime::Object>;
 
-const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
+using testing::sampleBook;
 const QString breaksCard = QStringLiteral("修改将破坏字典卡片的数据结构！");
 
 class CardProtectionTest : public testing::CardHome {
 protected:
-    void SetUp() override
-    {
-        // The sample dictionaries in place before the plug-in starts loading,
-        // and no translation engine: the reader never reaches the network.
-        for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-            QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home_.dictPath(name));
-        UserDefaults::standard().set(QStringLiteral("SPECIAL_ENGINE"), 5);
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> done) {
-            alerts_ << message;
-            if (done)
-                done();
-        });
-        app_ = host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
-        window_ = std::make_unique<host::ui::ReaderWindow>(app_);
-        window_->resize(1400, 900);
-        window_->show();
-        window_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
-        ASSERT_TRUE(window_->openFile(sampleBook));
-        send<void>(*app_.bookView, "setEnableDict:", true);
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        setAlertPresenter({});
-    }
+    void SetUp() override { session_.start(home_); }
+    void TearDown() override { session_.stop(); }
 
     host::ui::NotebookPanel& panel() { return window_->notebookPanel(); }
 
@@ -126,9 +100,10 @@ protected:
         FAIL() << "the dictionary did not load";
     }
 
-    QStringList alerts_;
-    host::HostApplication app_;
-    std::unique_ptr<host::ui::ReaderWindow> window_;
+    testing::ReaderSession session_;
+    QStringList& alerts_ = session_.alerts;
+    host::HostApplication& app_ = session_.app;
+    std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
 // Guards the Markdown marks of the title editor: "`", "*" and "[" typed over

@@ -4,6 +4,7 @@
 // reader still selects, highlights and copies.
 
 #include "card_fixtures.h"
+#include "reader_session.h"
 #include "screenshot.h"
 #include "support/server_process.h"
 #include "support/temp_home.h"
@@ -13,7 +14,6 @@
 #include "host/ui/reader_window.h"
 #include "host/ui/view_kit.h"
 
-#include "foundation/alerts.h"
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
 
@@ -25,7 +25,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDir>
 #include <QJsonArray>
 #include <QLabel>
 #include <QJsonDocument>
@@ -44,34 +43,12 @@ using test::saveScreenshot;
 using ObjectRef = std::shared_ptr<runtime::Object>;
 using StyledSections = std::vector<std::vector<StyledText>>;
 
-const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
+using testing::sampleBook;
 
 class ReaderWindowTest : public ::testing::Test {
 protected:
-    void start(bool withPlugin)
-    {
-        QDir().mkpath(home_.path() + QStringLiteral("/Dict"));
-        for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-            QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home_.dictPath(name));
-        // No translation engine: the tests never reach the network.
-        UserDefaults::standard().set(QStringLiteral("SPECIAL_ENGINE"), 5);
-        setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
-            if (done)
-                done();
-        });
-        app_ = host::ui::launchReader(withPlugin ? QStringLiteral(LEXICORN_PLUGIN_PATH) : QString());
-        window_ = std::make_unique<host::ui::ReaderWindow>(app_);
-        window_->resize(1400, 900);
-        window_->show();
-        ASSERT_TRUE(window_->openFile(sampleBook));
-        if (withPlugin)
-            send<void>(*app_.bookView, "setEnableDict:", true);
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        setAlertPresenter({});
-    }
+    void start(bool withPlugin) { session_.start(home_, {.plugin = withPlugin}); }
+    void TearDown() override { session_.stop(); }
 
     QWidget& viewport() { return *window_->canvas().viewport(); }
     QPointF onScreen(const QPointF& pagePoint) { return window_->pageToViewport(1, pagePoint); }
@@ -128,8 +105,9 @@ protected:
     QPointF inWindow(const QPointF& pagePoint) { return window_->viewportToWindow(onScreen(pagePoint)); }
 
     testing::TempHome home_;
-    host::HostApplication app_;
-    std::unique_ptr<host::ui::ReaderWindow> window_;
+    testing::ReaderSession session_;
+    host::HostApplication& app_ = session_.app;
+    std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
 QStringList lineTexts(const StyledSections& sections)

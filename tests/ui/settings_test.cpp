@@ -3,6 +3,7 @@
 // button, and the Anki panel against a real collection and a closed port.
 
 #include "card_fixtures.h"
+#include "reader_session.h"
 #include "screenshot.h"
 #include "support/server_process.h"
 #include "support/temp_home.h"
@@ -15,7 +16,6 @@
 #include "host/ui/reader_window.h"
 #include "host/ui/view_kit.h"
 
-#include "foundation/alerts.h"
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
 
@@ -24,7 +24,6 @@
 #include "lexicorn/services/voice_endpoint.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QLineEdit>
 #include <QTest>
 #include <QToolBar>
@@ -43,7 +42,7 @@ using runtime::send;
 using test::saveScreenshot;
 using ObjectRef = std::shared_ptr<runtime::Object>;
 
-const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
+using testing::sampleBook;
 const QString cachingMessage = QStringLiteral("字典缓存中，请稍后再试！");
 
 // Waits for what a background request brings back; the bound is far above
@@ -71,36 +70,10 @@ void click(QWidget* widget, QPoint at = {})
 
 class SettingsTest : public ::testing::Test {
 protected:
-    void start()
-    {
-        QDir().mkpath(home_.path() + QStringLiteral("/Dict"));
-        for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-            QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home_.dictPath(name));
-        // Translations and voices would go to the web: every service is a closed port.
-        const QString closed = QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort());
-        for (const char* key : {"SPECIAL_HOST_GOOGLE_CN", "SPECIAL_HOST_GOOGLE", "SPECIAL_HOST_YOUDAO", "SPECIAL_HOST_EUDIC",
-                                "SPECIAL_HOST_DEEPL"})
-            UserDefaults::standard().set(QString::fromLatin1(key), closed);
-        UserDefaults::standard().set(voiceHostKey, closed);
-        setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
-            if (done)
-                done();
-        });
-        app_ = host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
-        window_ = std::make_unique<host::ui::ReaderWindow>(app_);
-        window_->resize(1400, 900);
-        // As the reader program does: the dictionary starts on.
-        send<void>(*app_.bookView, "setEnableDict:", true);
-        window_->show();
-        window_->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
-        ASSERT_TRUE(window_->openFile(sampleBook));
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        setAlertPresenter({});
-    }
+    // The engine stays as stored (the menu shows its default); translation
+    // and voice services are closed ports.
+    void start() { session_.start(home_, {.engineOff = false}); }
+    void TearDown() override { session_.stop(); }
 
     host::StudyboardObject& board() { return static_cast<host::StudyboardObject&>(*window_->studyboard()); }
     ObjectRef dictButton() { return send<ObjectRef>(board(), "dictSetting"); }
@@ -155,8 +128,9 @@ protected:
     }
 
     testing::TempHome home_;
-    host::HostApplication app_;
-    std::unique_ptr<host::ui::ReaderWindow> window_;
+    testing::ReaderSession session_;
+    host::HostApplication& app_ = session_.app;
+    std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
 // The panel against the real collection: the address as typed, the lists of

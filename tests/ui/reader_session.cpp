@@ -1,0 +1,54 @@
+#include "reader_session.h"
+
+#include "support/server_process.h"
+
+#include "foundation/alerts.h"
+#include "foundation/user_defaults.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn::testing {
+
+void ReaderSession::start(const TempHome& home, ReaderOptions options)
+{
+    QDir().mkpath(home.path() + QStringLiteral("/Dict"));
+    const QString samples = QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/");
+    for (const QString& name : QDir(samples).entryList(QDir::Files))
+        QFile::copy(samples + name, home.dictPath(name));
+    UserDefaults& defaults = UserDefaults::standard();
+    if (options.engineOff) {
+        defaults.set(QStringLiteral("SPECIAL_ENGINE"), 5);
+    } else {
+        const QString closed = QStringLiteral("http://127.0.0.1:%1").arg(closedPort());
+        for (const char* key : {"SPECIAL_HOST_GOOGLE_CN", "SPECIAL_HOST_GOOGLE", "SPECIAL_HOST_YOUDAO", "SPECIAL_HOST_EUDIC",
+                                "SPECIAL_HOST_DEEPL", "SPECIAL_HOST_VOICE"})
+            defaults.set(QString::fromLatin1(key), closed);
+    }
+    setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> done) {
+        alerts << message;
+        if (done)
+            done();
+    });
+    app = host::ui::launchReader(options.plugin ? QStringLiteral(LEXICORN_PLUGIN_PATH) : QString());
+    window = std::make_unique<host::ui::ReaderWindow>(app);
+    window->resize(1400, 900);
+    if (options.plugin)
+        runtime::send<void>(*app.bookView, "setEnableDict:", true);
+    window->show();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    ASSERT_TRUE(window->openFile(sampleBook));
+    alerts.clear();
+}
+
+void ReaderSession::stop()
+{
+    window.reset();
+    setAlertPresenter({});
+}
+
+}  // namespace lexicorn::testing
