@@ -146,37 +146,6 @@ TEST_P(ReaderHosting, ASelectionAcrossLinesReadsAsRunningText)
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutThePlugin, ReaderHosting, ::testing::Bool(),
                          [](const ::testing::TestParamInfo<bool>& info) { return info.param ? "plugin" : "host"; });
 
-TEST_F(PluginInReader, TheMiddleButtonPansWhileEnableMouse3IsOn)
-{
-    send<void>(*app_.delegate, "setEnableMouse3:", true);
-    struct Step {
-        int type;
-        int delivered;
-        bool spaceHeld;
-        int mouseOverChecks;
-    };
-    const Step steps[] = {
-        {otherMouseDown, leftMouseDown, true, 1},
-        {otherMouseDragged, leftMouseDragged, true, 1},
-        {otherMouseDragged, leftMouseDragged, true, 1},
-        {otherMouseUp, leftMouseUp, false, 2},
-        {leftMouseDown, leftMouseDown, false, 2},  // not the middle button: untouched
-    };
-    const auto& view = static_cast<host::HostViewObject&>(*app_.delegate->view);
-    for (const Step& step : steps) {
-        SCOPED_TRACE(step.type);
-        const ObjectRef event = host::makeEvent(step.type);
-        EXPECT_EQ(host::dispatchLocalEvent(event), event);  // the same event object, changed in place
-        EXPECT_EQ(send<int>(*event, "type"), step.delivered);
-        EXPECT_EQ(app_.delegate->spacePressed, step.spaceHeld);
-        EXPECT_EQ(view.mouseOverChecks, step.mouseOverChecks);
-    }
-    send<void>(*app_.delegate, "setEnableMouse3:", false);
-    const ObjectRef event = host::makeEvent(otherMouseDown);
-    host::dispatchLocalEvent(event);
-    EXPECT_EQ(send<int>(*event, "type"), otherMouseDown);
-}
-
 TEST_F(PluginInReader, AddedPropertiesReadAsUnsetUntilSetAndKeepTheirEncodings)
 {
     runtime::Runtime& runtime = runtime::Runtime::shared();
