@@ -7,6 +7,7 @@ namespace lexicorn::cli {
 int runLookup(Arguments& arguments);
 int runLegacy(Arguments& arguments);
 int runConvert(Arguments& arguments);
+int runImport(Arguments& arguments);
 int runDemo(Arguments& arguments);
 int runAnki(Arguments& arguments);
 int runDefaults(Arguments& arguments);

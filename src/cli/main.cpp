@@ -20,6 +20,10 @@ commands:
       the older dictionary front end's record of a word
   convert [--home DIR]
       convert Dict/collins.json into the cache Dict/collins_html.json
+  import [--home DIR] --into collins|LDOCE5 [--word-forms] [--progress-lines] FILE...
+      import StarDict (.ifo), MDict (.mdx), ECDICT-style CSV (.csv) or WordNet (its dict folder)
+      files into Dict/collins_html.json or Dict/LDOCE5_html.json; --word-forms also merges their
+      word forms into Dict/wordforms.json; --progress-lines prints "progress N" lines
   demo [--home DIR] [--sample DIR]
       load the sample dictionaries and look up every word of the sample book's first page
   anki [--ip HOST:PORT] version|decks|models|fields MODEL|find QUERY|raw ACTION [PARAMS_JSON]
@@ -68,6 +72,7 @@ int main(int argc, char* argv[])
         {QStringLiteral("lookup"), runLookup},
         {QStringLiteral("legacy"), runLegacy},
         {QStringLiteral("convert"), runConvert},
+        {QStringLiteral("import"), runImport},
         {QStringLiteral("demo"), runDemo},
         {QStringLiteral("anki"), runAnki},
         {QStringLiteral("defaults"), runDefaults},

@@ -3,6 +3,7 @@
 #include "host/app/note_classes.h"
 #include "host/ui/event_monitor.h"
 #include "host/ui/hud_overlay.h"
+#include "host/ui/import_dialog.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
@@ -197,6 +198,16 @@ void ReaderWindow::buildActions()
     open->setShortcut(QKeySequence::Open);
     recentMenu_ = file->addMenu(QStringLiteral("Open &Recent"));
     buildRecentMenu();
+    file->addAction(QStringLiteral("Import dictionary…"), this, [this] {
+        auto* dialog = new ImportDialog(this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        // The plug-in hears of the new dictionary by notification; the host knows nothing of its engine.
+        connect(dialog, &ImportDialog::imported, this, [](const QString& slot) {
+            NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("LexicornDictionaryImported"), {},
+                                                                     QVariantMap{{QStringLiteral("dict"), slot}});
+        });
+        dialog->show();
+    });
     file->addSeparator();
     file->addAction(QStringLiteral("&Quit"), QKeySequence::Quit, this, &QWidget::close);
 

@@ -8,9 +8,12 @@ target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/reader_tour.cpp
   ${CMAKE_CURRENT_LIST_DIR}/event_monitor.cpp
   ${CMAKE_CURRENT_LIST_DIR}/task_progress.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/import_dialog.cpp
 )
+# "Import dictionary…" runs the command-line tool built beside the reader.
+target_compile_definitions(lexicorn_host_ui PRIVATE LEXICORN_BUILT_CLI="$<TARGET_FILE:lexicorn>")
 
 add_executable(lexicorn-reader ${CMAKE_CURRENT_LIST_DIR}/reader_main.cpp)
 target_link_libraries(lexicorn-reader PRIVATE lexicorn_host_ui)
-add_dependencies(lexicorn-reader lexicorn_plugin)
+add_dependencies(lexicorn-reader lexicorn_plugin lexicorn)
 lexicorn_strict(lexicorn-reader)

@@ -1,0 +1,88 @@
+// Importing dictionaries users already own: a generated ECDICT-style CSV of
+// 770,000 rows into a fresh Dict folder, through the same call the
+// `lexicorn import` command makes. Peak resident memory of the process is
+// reported beside the time (run one benchmark per process for a clean peak:
+// --benchmark_filter=Ecdict).
+
+#include "lexicorn/dictionary/import/dictionary_import.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <random>
+#include <string>
+
+namespace {
+
+using namespace lexicorn;
+
+// Rows shaped like ECDICT's: a word, a reading, English and Chinese lines
+// with their parts of speech, stars, tags, frequencies and forms.
+void writeEcdictCsv(const QString& path, int rows)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        std::abort();
+    std::mt19937 random(7);
+    const char* parts[] = {"n.", "v.", "adj.", "adv."};
+    const char* chinese[] = {"书；书籍", "跑；奔跑", "美丽的", "快速地", "研究，学习", "银行；河岸"};
+    std::string out = "word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\n";
+    for (int i = 0; i < rows; ++i) {
+        std::string word;
+        for (int n = i; ; n /= 26) {
+            word += char('a' + n % 26);
+            if (n < 26)
+                break;
+        }
+        word += "ion";
+        const char* pos = parts[random() % 4];
+        const char* cn = chinese[random() % 6];
+        out += word + ",'" + word + "ən,\"" + pos + " the state of being " + word + "\\n" + pos + " a kind of " + word
+            + ", as in \"\"" + word + "s\"\"\",\"" + pos + " " + cn + "\\n" + pos + " " + chinese[random() % 6] + "\","
+            + "n:60/v:40," + std::to_string(random() % 6) + ",0,cet4 cet6," + std::to_string(i) + "," + std::to_string(i)
+            + ",s:" + word + "s/p:" + word + "ed,,\n";
+        if (out.size() > (1 << 22)) {
+            file.write(out.data(), qint64(out.size()));
+            out.clear();
+        }
+    }
+    file.write(out.data(), qint64(out.size()));
+}
+
+long peakResidentMb()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
+void EcdictCsv770k(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    const QString csv = dir.path() + QStringLiteral("/ecdict.csv");
+    writeEcdictCsv(csv, 770000);
+    state.counters["csv_MB"] = double(QFile(csv).size()) / 1e6;
+    for (auto _ : state) {
+        dictimport::ImportRequest request;
+        request.files = {csv};
+        request.wordForms = true;
+        request.dictDir = dir.path() + QStringLiteral("/Dict");
+        const dictimport::ImportReport report = dictimport::importDictionaries(request);
+        benchmark::DoNotOptimize(report.headwords);
+        state.counters["headwords"] = double(report.headwords);
+        QDir(request.dictDir).removeRecursively();
+    }
+    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+}
+BENCHMARK(EcdictCsv770k)->Unit(benchmark::kSecond)->Iterations(1);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,231 @@
+#include "lexicorn/dictionary/import/cache_writer.h"
+
+#include "lexicorn/dictionary/import/html_senses.h"
+#include "lexicorn/dictionary/json_writer.h"
+#include "lexicorn/dictionary/records.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+#include <unordered_set>
+
+namespace lexicorn::dictimport {
+
+namespace {
+
+// The Chinese name of a part of speech, as the popup shows beside the English.
+QString chinesePartOfSpeech(const QString& pos)
+{
+    static const QHash<QString, QString> names{
+        {QStringLiteral("n."), QStringLiteral("名词")},     {QStringLiteral("noun"), QStringLiteral("名词")},
+        {QStringLiteral("v."), QStringLiteral("动词")},     {QStringLiteral("verb"), QStringLiteral("动词")},
+        {QStringLiteral("vt."), QStringLiteral("及物动词")}, {QStringLiteral("vi."), QStringLiteral("不及物动词")},
+        {QStringLiteral("adj."), QStringLiteral("形容词")}, {QStringLiteral("a."), QStringLiteral("形容词")},
+        {QStringLiteral("adjective"), QStringLiteral("形容词")},
+        {QStringLiteral("adv."), QStringLiteral("副词")},   {QStringLiteral("ad."), QStringLiteral("副词")},
+        {QStringLiteral("adverb"), QStringLiteral("副词")},
+        {QStringLiteral("prep."), QStringLiteral("介词")},  {QStringLiteral("conj."), QStringLiteral("连词")},
+        {QStringLiteral("pron."), QStringLiteral("代词")},  {QStringLiteral("int."), QStringLiteral("感叹词")},
+        {QStringLiteral("interj."), QStringLiteral("感叹词")}, {QStringLiteral("num."), QStringLiteral("数词")},
+        {QStringLiteral("art."), QStringLiteral("冠词")},   {QStringLiteral("abbr."), QStringLiteral("缩写")},
+        {QStringLiteral("aux."), QStringLiteral("助动词")},
+    };
+    return names.value(pos.toLower());
+}
+
+// Readings as the engine shows them, between slashes: "[rʌn]" and "rʌn" -> "/rʌn/".
+QString slashedReadings(QString readings)
+{
+    readings = withoutCardMarkers(readings).simplified();
+    if (readings.isEmpty())
+        return {};
+    if (readings.size() >= 2 && readings.startsWith(u'[') && readings.endsWith(u']'))
+        readings = readings.mid(1, readings.size() - 2).trimmed();
+    if (readings.size() >= 2 && readings.startsWith(u'/') && readings.endsWith(u'/'))
+        return readings;
+    return u'/' + readings + u'/';
+}
+
+// Senses grouped by part of speech, in the order the parts first appear;
+// one entry per part, like the dictionaries the engine already reads.
+EnWordList entriesOf(const SourceEntry& source)
+{
+    std::vector<SourceSense> senses = source.senses.empty() ? sensesFromMarkup(source.text, source.markup) : source.senses;
+    EnWordList entries;
+    const QString readings = slashedReadings(source.readings);
+    const QString stars = withoutCardMarkers(source.stars).trimmed();
+    const QString sound = source.sound.isEmpty() ? QString() : QStringLiteral("sound://") + safeResourceName(source.sound);
+    const QString title = withoutCardMarkers(source.headword).simplified();
+    for (SourceSense& sense : senses) {
+        const QString pos = withoutCardMarkers(sense.pos).simplified();
+        EnWordPtr entry;
+        for (const EnWordPtr& existing : entries) {
+            if (existing->pos_en == pos)
+                entry = existing;
+        }
+        if (!entry) {
+            entry = std::make_shared<EnWord>(title, EnWordDefList{});
+            entry->star = stars;
+            entry->readings = readings;
+            entry->amePron = sound;
+            entry->pos_en = pos;
+            entry->pos_cn = chinesePartOfSpeech(pos);
+            entries.push_back(entry);
+        }
+        auto def = std::make_shared<EnWordDef>();
+        def->def_en = withoutCardMarkers(sense.defEn).simplified();
+        def->def_cn = withoutCardMarkers(sense.defCn).simplified();
+        for (const QString& example : sense.examples) {
+            auto ext = std::make_shared<EnWordExt>();
+            ext->en = withoutCardMarkers(example).simplified();
+            if (!ext->en.isEmpty())
+                def->exts.push_back(std::move(ext));
+        }
+        if (!def->def_en.isEmpty() || !def->def_cn.isEmpty() || !def->exts.empty())
+            entry->defs.push_back(std::move(def));
+    }
+    std::erase_if(entries, [](const EnWordPtr& entry) { return entry->defs.empty(); });
+    return entries;
+}
+
+}  // namespace
+
+QString safeResourceName(const QString& name)
+{
+    QString clean = name;
+    clean.replace(u'\\', u'/');
+    QStringList parts;
+    for (const QString& part : clean.split(u'/', Qt::SkipEmptyParts)) {
+        if (part == u"." )
+            continue;
+        if (part == u".." || part.contains(QChar(0)))
+            return {};
+        parts.append(part);
+    }
+    return parts.join(u'/');
+}
+
+CacheWriter::CacheWriter(QString stagingDir) : staging_(std::move(stagingDir)) {}
+
+void CacheWriter::beginFile(const QString& path)
+{
+    currentFile_ = path;
+    nextIndex_ = 0;
+}
+
+CacheWriter::Slot& CacheWriter::slotFor(const QString& headword)
+{
+    std::string key = headword.toStdString();
+    auto [found, inserted] = slotIndex_.try_emplace(key, slots_.size());
+    if (inserted)
+        slots_.push_back(Slot{std::move(key), {}, 0});
+    return slots_[found->second];
+}
+
+void CacheWriter::entry(SourceEntry source)
+{
+    const QString headword = withoutCardMarkers(source.headword).simplified();
+    if (headword.isEmpty())
+        return;
+    EnWordData record;
+    record.index = nextIndex_++;
+    record.word = headword;
+    unsigned classes = 0;
+    if (!source.linkTo.isEmpty()) {
+        record.link = withoutCardMarkers(source.linkTo).simplified();
+        if (record.link->isEmpty() || *record.link == headword)
+            return;  // a cross-reference to nothing, or to itself, leads nowhere
+    } else {
+        record.enWords = entriesOf(source);
+        if (record.enWords.empty())
+            return;  // nothing the popup could show
+        for (const EnWordPtr& entry : record.enWords)
+            classes |= 1u << unsigned(wordClassOf(entry->pos_en));
+    }
+    Slot& slot = slotFor(headword);
+    if (!slot.records.empty())
+        slot.records += ',';
+    json::appendEnWordData(slot.records, record);
+    slot.wordClasses |= classes;
+    ++entries_;
+}
+
+void CacheWriter::wordForm(const QString& form, const QString& headword)
+{
+    const QString f = form.simplified();
+    const QString h = headword.simplified();
+    if (f.isEmpty() || h.isEmpty() || f == h)
+        return;
+    fileForms_.emplace_back(f, h);
+}
+
+void CacheWriter::resource(const QString& name, const QByteArray& bytes)
+{
+    const QString relative = safeResourceName(name);
+    // The Dict folder's own files (the dictionaries, the word-form map) are
+    // never taken from a dictionary's resources.
+    if (relative.isEmpty() || relative.endsWith(QStringLiteral(".json"), Qt::CaseInsensitive))
+        return;
+    const QString path = staging_ + u'/' + relative;
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        throw ImportError(QStringLiteral("%1: cannot stage the resource %2: %3").arg(currentFile_, name, file.errorString()).toStdString());
+    resources_.push_back(relative);
+}
+
+void CacheWriter::progress(qint64 done, qint64 total)
+{
+    if (progressHandler_)
+        progressHandler_(done, total);
+}
+
+std::string CacheWriter::cacheJson() const
+{
+    size_t size = 2;
+    for (const Slot& slot : slots_)
+        size += slot.key.size() + slot.records.size() + 8;
+    std::string out;
+    out.reserve(size);
+    out += '{';
+    bool first = true;
+    for (const Slot& slot : slots_) {
+        if (!first)
+            out += ',';
+        first = false;
+        json::appendString(out, QString::fromStdString(slot.key));
+        out += ":[";
+        out += slot.records;
+        out += ']';
+    }
+    out += '}';
+    return out;
+}
+
+std::vector<std::pair<QString, QString>> CacheWriter::wordForms() const
+{
+    std::vector<std::pair<QString, QString>> forms;
+    std::unordered_set<std::string> taken;
+    taken.reserve(fileForms_.size() + slots_.size() * 5);  // rehashing millions of forms costs more than the space
+    const auto add = [&](const QString& form, const QString& headword, bool generated) {
+        std::string key = form.toStdString();
+        if ((generated && slotIndex_.contains(key)) || !taken.insert(std::move(key)).second)
+            return;
+        forms.emplace_back(form, headword);
+    };
+    for (const auto& [form, headword] : fileForms_)
+        add(form, headword, false);
+    for (const Slot& slot : slots_) {
+        const QString headword = QString::fromStdString(slot.key);
+        for (unsigned c = 0; c <= unsigned(WordClass::Other); ++c) {
+            if (!(slot.wordClasses & (1u << c)))
+                continue;
+            for (const QString& form : regularForms(headword, WordClass(c)))
+                add(form, headword, true);
+        }
+    }
+    return forms;
+}
+
+}  // namespace lexicorn::dictimport

@@ -1,0 +1,170 @@
+#include "lexicorn/dictionary/import/dictionary_import.h"
+
+#include "lexicorn/dictionary/import/cache_writer.h"
+#include "lexicorn/dictionary/import/ecdict_reader.h"
+#include "lexicorn/dictionary/import/source_entry.h"
+#include "lexicorn/dictionary/import/word_forms_merge.h"
+#ifdef LEXICORN_HAS_WORDNET_READER
+#include "lexicorn/dictionary/import/wordnet_reader.h"
+#endif
+#ifdef LEXICORN_HAS_STARDICT_READER
+#include "lexicorn/dictionary/import/stardict_reader.h"
+#endif
+#ifdef LEXICORN_HAS_MDICT_READER
+#include "lexicorn/dictionary/import/mdict_reader.h"
+#endif
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace lexicorn::dictimport {
+
+namespace {
+
+[[noreturn]] void fail(const QString& message)
+{
+    throw ImportError(message.toStdString());
+}
+
+void readFile(SourceFormat format, const QString& path, ImportSink& sink)
+{
+    switch (format) {
+    case SourceFormat::Ecdict:
+        readEcdictCsv(path, sink);
+        return;
+    case SourceFormat::WordNet:
+#ifdef LEXICORN_HAS_WORDNET_READER
+        readWordNet(path, sink);
+        return;
+#else
+        break;
+#endif
+    case SourceFormat::StarDict:
+#ifdef LEXICORN_HAS_STARDICT_READER
+        readStarDict(path, sink);
+        return;
+#else
+        break;
+#endif
+    case SourceFormat::Mdict:
+#ifdef LEXICORN_HAS_MDICT_READER
+        readMdict(path, sink);
+        return;
+#else
+        break;
+#endif
+    }
+    fail(QStringLiteral("%1: this build cannot read files of its kind yet").arg(path));
+}
+
+// Moves a staged file over its place in the Dict folder (rename replaces an
+// old file in one step, so a reader of the folder sees the old or the new).
+void moveInto(const QString& from, const QString& to)
+{
+    QDir().mkpath(QFileInfo(to).path());
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
+        fail(QStringLiteral("cannot move %1 to %2: %3").arg(from, to, QString::fromLocal8Bit(std::strerror(errno))));
+}
+
+void writeWhole(const QString& path, std::string_view bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size()) || !file.flush())
+        fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+}
+
+}  // namespace
+
+std::optional<SourceFormat> formatOf(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isDir())
+        return QFileInfo::exists(path + QStringLiteral("/data.noun")) ? std::optional(SourceFormat::WordNet) : std::nullopt;
+    const QString name = info.fileName().toLower();
+    if (name.endsWith(QStringLiteral(".ifo")))
+        return SourceFormat::StarDict;
+    if (name.endsWith(QStringLiteral(".mdx")))
+        return SourceFormat::Mdict;
+    if (name.endsWith(QStringLiteral(".csv")))
+        return SourceFormat::Ecdict;
+    if (name == u"data.noun")
+        return SourceFormat::WordNet;
+    return std::nullopt;
+}
+
+ImportReport importDictionaries(const ImportRequest& request, const ImportProgress& progress)
+{
+    if (request.files.isEmpty())
+        fail(QStringLiteral("no dictionary file to import"));
+    std::vector<SourceFormat> formats;
+    for (const QString& file : request.files) {
+        if (!QFileInfo::exists(file))
+            fail(QStringLiteral("%1: no such file").arg(file));
+        const std::optional<SourceFormat> format = formatOf(file);
+        if (!format)
+            fail(QStringLiteral("%1: not a dictionary file this import reads (.ifo, .mdx, .csv, or a WordNet dict folder)").arg(file));
+        formats.push_back(*format);
+    }
+
+    // Staged inside the Dict folder, so that the final moves are renames on one disk.
+    const bool dictExisted = QFileInfo(request.dictDir).isDir();
+    if (!dictExisted && !QDir().mkpath(request.dictDir))
+        fail(QStringLiteral("cannot create the Dict folder %1").arg(request.dictDir));
+    struct RemoveNewDict {
+        QString dir;
+        bool armed;
+        ~RemoveNewDict()
+        {
+            if (armed)
+                QDir().rmdir(dir);  // only when empty: nothing of the user's is lost
+        }
+    } removeNewDict{request.dictDir, !dictExisted};
+    QTemporaryDir staging(request.dictDir + QStringLiteral("/.import-XXXXXX"));
+    if (!staging.isValid())
+        fail(QStringLiteral("cannot make a working folder in %1: %2").arg(request.dictDir, staging.errorString()));
+
+    CacheWriter writer(staging.path() + QStringLiteral("/resources"));
+    const int count = int(request.files.size());
+    for (int i = 0; i < count; ++i) {
+        const QString& file = request.files[i];
+        writer.beginFile(file);
+        writer.setProgressHandler([&, i](qint64 done, qint64 total) {
+            if (progress)
+                progress(i, count, file, done, total);
+        });
+        readFile(formats[size_t(i)], file, writer);
+    }
+    if (writer.headwordCount() == 0)
+        fail(QStringLiteral("%1: no entries found").arg(request.files.join(QStringLiteral(", "))));
+
+    ImportReport report;
+    report.headwords = writer.headwordCount();
+    report.entries = writer.entryCount();
+    report.resources = writer.resources().size();
+    report.cachePath = request.dictDir + u'/' + request.slot.fileName();
+
+    const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
+    writeWhole(stagedCache, writer.cacheJson());
+    const QString formsPath = request.dictDir + QStringLiteral("/wordforms.json");
+    const QString stagedForms = staging.path() + QStringLiteral("/wordforms.json");
+    if (request.wordForms)
+        report.formsAdded = mergeWordForms(formsPath, writer.wordForms(), stagedForms).added;
+
+    // Everything is written: only renames are left. The cache goes last, so
+    // the dictionary never names sounds that are not there yet.
+    for (const QString& resource : writer.resources())
+        moveInto(staging.path() + QStringLiteral("/resources/") + resource, request.dictDir + u'/' + resource);
+    if (request.wordForms)
+        moveInto(stagedForms, formsPath);
+    moveInto(stagedCache, report.cachePath);
+    removeNewDict.armed = false;
+    return report;
+}
+
+}  // namespace lexicorn::dictimport

@@ -1,0 +1,47 @@
+#pragma once
+
+// Imports dictionary files the user already owns into one of the engine's two
+// dictionary slots: every file is read by the reader of its format, their
+// entries are converted into the cache shape, and the cache file (with the
+// word-form map and sound files) replaces the old one only once the whole
+// import has succeeded. A failed import leaves the Dict folder as it was.
+
+#include "lexicorn/dictionary/records.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+namespace lexicorn::dictimport {
+
+enum class SourceFormat { StarDict, Mdict, Ecdict, WordNet };
+
+// By the file's name: .ifo, .mdx, .csv, or a WordNet database folder (or its
+// data.noun). Nothing for anything else.
+std::optional<SourceFormat> formatOf(const QString& path);
+
+struct ImportRequest {
+    QStringList files;
+    SelectDictType slot = SelectDictType::collins();
+    bool wordForms = false;  // merge the files' forms into wordforms.json
+    QString dictDir;         // the Dict folder
+};
+
+struct ImportReport {
+    size_t headwords = 0;
+    size_t entries = 0;
+    size_t resources = 0;
+    size_t formsAdded = 0;
+    QString cachePath;
+};
+
+// How far the import is: the file being read (index counting from 0, of
+// count) and how far that file's reader is through it.
+using ImportProgress = std::function<void(int fileIndex, int fileCount, const QString& file, qint64 done, qint64 total)>;
+
+// Throws ImportError (from source_entry.h) naming the file and the place in it.
+ImportReport importDictionaries(const ImportRequest& request, const ImportProgress& progress = {});
+
+}  // namespace lexicorn::dictimport

@@ -1,0 +1,61 @@
+#include "import_fixtures.h"
+
+#include "lexicorn/dictionary/record_decoder.h"
+#include "lexicorn/render/dict_note.h"
+#include "lexicorn/render/note_format.h"
+
+#include <QDirIterator>
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn::testing {
+
+QMap<QString, QByteArray> folderSnapshot(const QString& folder)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        QFile file(path);
+        const QString relative = path.mid(folder.size());
+        files.insert(relative, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<folder>"));
+    }
+    return files;
+}
+
+DictDataPtr lookupJson(const QString& home, const QString& dict, const QString& word)
+{
+    const CliRun run = runLexicorn({"lookup", "--home", home, "--dict", dict, "--json", word});
+    EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    jsonread::Failure failure;
+    DictDataPtr data = decodeDictData(run.out.trimmed().toStdString(), failure);
+    EXPECT_TRUE(data) << failure.describe().toStdString() << "\n" << run.out.toStdString();
+    return data ? data : DictData::make(word, {}, {});
+}
+
+CardBack cardBack(const QString& home, const QString& dict, const QString& word, int row)
+{
+    const CliRun made = runLexicorn({"card", "make", "--home", home, "--dict", dict, word, "1", QString::number(row)});
+    EXPECT_EQ(made.status, 0) << made.err.toStdString();
+    const CardResult<JsonDictNote> note = JsonDictNote::fromJson(made.out.toUtf8());
+    if (!note) {
+        ADD_FAILURE() << "the note does not decode: " << made.out.toStdString();
+        return {};
+    }
+    const CardResult<ParsedCard> card = parseDictNote(*note);
+    if (!card) {
+        ADD_FAILURE() << "the card does not parse back: " << made.out.toStdString();
+        return {};
+    }
+    return {card->headword, card->sense->def_en, card->sense->def_cn};
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(bytes);
+}
+
+}  // namespace lexicorn::testing

@@ -1,0 +1,33 @@
+#pragma once
+
+// Shared pieces of the import tests: the Dict folder as it is on disk, the
+// tool's lookups decoded, and a card made from an imported entry read back.
+
+#include "support/cli_run.h"
+
+#include "lexicorn/dictionary/records.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+
+namespace lexicorn::testing {
+
+// Every file under the folder (hidden ones too) with its bytes.
+QMap<QString, QByteArray> folderSnapshot(const QString& folder);
+
+// `lexicorn lookup --json` of one word in the home's dictionary.
+DictDataPtr lookupJson(const QString& home, const QString& dict, const QString& word);
+
+// Makes the popup's note for row `row` (0 for its first sense) of section 1 with `lexicorn card
+// make`, and reads the card back out of it. Fails the test when either fails.
+struct CardBack {
+    QString headword;
+    QString defEn;
+    QString defCn;
+};
+CardBack cardBack(const QString& home, const QString& dict, const QString& word, int row);
+
+void writeFile(const QString& path, const QByteArray& bytes);
+
+}  // namespace lexicorn::testing

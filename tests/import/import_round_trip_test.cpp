@@ -1,0 +1,197 @@
+#include "import_fixtures.h"
+
+#include "support/temp_home.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using testing::CliRun;
+const auto lexicorn = testing::runLexicorn;
+
+// Four rows in the columns and conventions of ECDICT's own CSV: breaks
+// inside a field as the two characters "\n", quoted fields with commas and
+// doubled quotes, forms in the exchange column.
+const QByteArray ecdictCsv =
+    "word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\r\n"
+    "go,gəʊ,\"v. move from one place to another\\nn. a turn in a game\",\"vi. 去, 走\\nn. 尝试\",v:90/n:10,5,1,zk gk,50,40,"
+    "p:went/d:gone/i:going/3:goes,,\r\n"
+    "child,tʃaɪld,n. a young human being,n. 儿童; 孩子,,4,1,,100,90,s:children,,\r\n"
+    "study,'stʌdi,v. learn about a subject,\"v. 学习, \"\"研究\"\"\",,3,,,,,,,\r\n"
+    "good,gʊd,adj. of high quality,adj. 好的,,5,,,,,r:better/t:best,,\r\n";
+
+TEST(ImportRoundTrip, EcdictCsvWrittenByTheTest)
+{
+    testing::TempHome home;
+    const QString csv = home.path() + QStringLiteral("/ecdict.csv");
+    testing::writeFile(csv, ecdictCsv);
+    // The user's own forms: kept, and the user's choice wins over the file's.
+    home.writeDict(QStringLiteral("wordforms.json"), R"({"goes": "goose-step", "mice": "mouse"})");
+
+    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "collins", "--word-forms", csv});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.contains(QStringLiteral("imported 4 headwords"))) << run.out.toStdString();
+
+    const QJsonObject forms = QJsonDocument::fromJson(home.readDict(QStringLiteral("wordforms.json"))).object();
+    EXPECT_EQ(forms.value("goes").toString(), QStringLiteral("goose-step"));
+    EXPECT_EQ(forms.value("mice").toString(), QStringLiteral("mouse"));
+
+    // Irregular forms from the exchange column, "studies" by regular inflection.
+    const struct {
+        const char* selected;
+        const char* headword;
+    } found[] = {{"children", "child"}, {"went", "go"}, {"studies", "study"}, {"better", "good"}, {"Going", "go"}};
+    for (const auto& f : found) {
+        const DictDataPtr data = testing::lookupJson(home.path(), QStringLiteral("collins"), QString::fromUtf8(f.selected));
+        ASSERT_FALSE(data->enWords().empty()) << f.selected;
+        EXPECT_EQ(data->enWords().front()->title, QString::fromUtf8(f.headword)) << f.selected;
+    }
+
+    // One entry per part of speech, Chinese beside the English of its kind,
+    // stars and readings as the popup shows them.
+    const DictDataPtr go = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("go"));
+    ASSERT_EQ(go->enWords().size(), 2u);
+    const EnWord& verb = *go->enWords()[0];
+    EXPECT_EQ(verb.pos_en, QStringLiteral("vi."));
+    EXPECT_EQ(verb.star, QStringLiteral("●●●●●"));
+    EXPECT_EQ(verb.readings, QStringLiteral("/gəʊ/"));
+    EXPECT_EQ(verb.defs.at(0)->def_en, QStringLiteral("move from one place to another"));
+    EXPECT_EQ(verb.defs.at(0)->def_cn, QStringLiteral("去, 走"));
+    EXPECT_EQ(go->enWords()[1]->defs.at(0)->def_cn, QStringLiteral("尝试"));
+    const DictDataPtr study = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("study"));
+    EXPECT_EQ(study->enWords().at(0)->defs.at(0)->def_cn, QStringLiteral("学习, \"研究\""));
+
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("collins"), QStringLiteral("went"), 0);
+    EXPECT_EQ(card.headword, QStringLiteral("go"));
+    EXPECT_EQ(card.defEn, QStringLiteral("move from one place to another"));
+    EXPECT_EQ(card.defCn, QStringLiteral("去, 走"));
+}
+
+TEST(ImportRoundTrip, WordNetDatabaseFromDebian)
+{
+    testing::TempHome home;
+    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "LDOCE5", "--word-forms", LEXICORN_WORDNET_DIR});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+
+    // Senses in WordNet's order, examples out of the gloss's quotes.
+    const DictDataPtr dog = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("dog"));
+    ASSERT_FALSE(dog->enWords().empty());
+    const EnWord& noun = *dog->enWords().front();
+    EXPECT_EQ(noun.pos_en, QStringLiteral("n."));
+    EXPECT_TRUE(noun.defs.at(0)->def_en.startsWith(QStringLiteral("a member of the genus Canis"))) << noun.defs.at(0)->def_en.toStdString();
+    ASSERT_FALSE(noun.defs.at(0)->exts.empty());
+    EXPECT_EQ(noun.defs.at(0)->exts.at(0)->en, QStringLiteral("the dog barked all night"));
+    EXPECT_EQ(dog->enWords().back()->pos_en, QStringLiteral("v."));
+
+    // Irregular forms from the exception lists, "studies" by regular inflection.
+    const QJsonObject forms = QJsonDocument::fromJson(home.readDict(QStringLiteral("wordforms.json"))).object();
+    EXPECT_EQ(forms.value("better").toString(), QStringLiteral("good"));
+    for (const char* selected : {"children", "went", "studies", "better"}) {
+        const DictDataPtr data = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QString::fromUtf8(selected));
+        EXPECT_FALSE(data->enWords().empty()) << selected;
+    }
+    const struct {
+        const char* selected;
+        const char* headword;
+    } found[] = {{"children", "child"}, {"went", "go"}, {"studies", "study"}};
+    for (const auto& f : found) {
+        const DictDataPtr data = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QString::fromUtf8(f.selected));
+        ASSERT_FALSE(data->enWords().empty()) << f.selected;
+        EXPECT_EQ(data->enWords().front()->title, QString::fromUtf8(f.headword)) << f.selected;
+    }
+
+    const DictDataPtr went = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("went"));
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("went"), 0);
+    EXPECT_EQ(card.headword, QStringLiteral("go"));
+    EXPECT_EQ(card.defEn, went->enWords().at(0)->defs.at(0)->def_en);
+}
+
+TEST(ImportRoundTrip, FilesMergeIntoOneSlotInFileOrder)
+{
+    testing::TempHome home;
+    const QString header = QStringLiteral("word,phonetic,definition,translation\n");
+    const QString first = home.path() + QStringLiteral("/first.csv");
+    const QString second = home.path() + QStringLiteral("/second.csv");
+    testing::writeFile(first, (header + QStringLiteral("bank,,n. land beside a river,n. 河岸\nsole,,adj. only,adj. 唯一的\n")).toUtf8());
+    testing::writeFile(second, (header + QStringLiteral("bank,,n. a place that keeps money,n. 银行\n")).toUtf8());
+    // An older dictionary in the slot is replaced, not added to.
+    home.writeDict(QStringLiteral("LDOCE5_html.json"), R"({"old":[{"index":0,"word":"old","enWords":[]}]})");
+
+    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "LDOCE5", first, second});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const DictDataPtr bank = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("bank"));
+    ASSERT_EQ(bank->enWords().size(), 2u);
+    EXPECT_EQ(bank->enWords()[0]->defs.at(0)->def_cn, QStringLiteral("河岸"));
+    EXPECT_EQ(bank->enWords()[1]->defs.at(0)->def_cn, QStringLiteral("银行"));
+    EXPECT_FALSE(home.readDict(QStringLiteral("LDOCE5_html.json")).contains("\"old\""));
+    EXPECT_FALSE(QFileInfo::exists(home.dictPath(QStringLiteral("wordforms.json"))));  // only with --word-forms
+    EXPECT_EQ(QDir(home.path() + QStringLiteral("/Dict")).entryList(QDir::Hidden | QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList{QStringLiteral("LDOCE5_html.json")});
+}
+
+TEST(ImportRoundTrip, AFailedImportSaysWhereAndLeavesDictAsItWas)
+{
+    testing::TempHome home;
+    const QString good = home.path() + QStringLiteral("/good.csv");
+    testing::writeFile(good, "word,translation\nrun,v. 跑\n");
+    const auto write = [&](const char* name, const QByteArray& bytes) {
+        const QString path = home.path() + u'/' + QString::fromLatin1(name);
+        testing::writeFile(path, bytes);
+        return path;
+    };
+    const QString unclosed = write("unclosed.csv", "word,translation\nrun,v. 跑\nwalk,\"v. 走\nfly,v. 飞\n");
+    const QString stray = write("stray.csv", "word,translation\nrun,v. 跑\nwalk,\"v. 走\"x\n");
+    const QString inner = write("inner.csv", "word,translation\nrun,v. 跑 \"quoted\"\n");
+    const QString wide = write("wide.csv", "word,translation\nrun,v. 跑,extra\n");
+    const QString text = write("notes.txt", "run");
+    // A WordNet database whose adverb data stops halfway: the index points past its end.
+    const QString wordnet = home.path() + QStringLiteral("/wordnet");
+    QDir().mkpath(wordnet);
+    for (const QString& name : QDir(QStringLiteral(LEXICORN_WORDNET_DIR)).entryList(QDir::Files))
+        QFile::copy(QStringLiteral(LEXICORN_WORDNET_DIR "/") + name, wordnet + u'/' + name);
+    QFile adverbs(wordnet + QStringLiteral("/data.adv"));
+    ASSERT_TRUE(adverbs.resize(adverbs.size() / 2));
+    home.writeDict(QStringLiteral("collins_html.json"), R"({"old":[{"index":0,"word":"old","enWords":[]}]})");
+    home.writeDict(QStringLiteral("wordforms.json"), R"({"ran": "run"})");
+    const QMap<QString, QByteArray> before = testing::folderSnapshot(home.path() + QStringLiteral("/Dict"));
+
+    struct Case {
+        QStringList files;
+        QString message;
+    };
+    const Case cases[] = {
+        {{unclosed}, unclosed + QStringLiteral(":3: a quoted field is never closed")},
+        {{good, stray}, stray + QStringLiteral(":3: text after the closing quote of a field")},
+        {{inner}, inner + QStringLiteral(":2: a quote inside an unquoted field (column 2)")},
+        {{wide}, wide + QStringLiteral(":2: 3 fields, but the header names 2")},
+        {{good, text}, text + QStringLiteral(": not a dictionary file this import reads")},
+        {{home.path() + QStringLiteral("/missing.csv")}, QStringLiteral("missing.csv: no such file")},
+        {{good, wordnet}, QStringLiteral("is past the end of ") + wordnet + QStringLiteral("/data.adv")},
+    };
+    for (const Case& c : cases) {
+        const CliRun run = lexicorn(QStringList{"import", "--home", home.path(), "--into", "collins", "--word-forms"} + c.files);
+        EXPECT_EQ(run.status, 1) << c.message.toStdString();
+        EXPECT_TRUE(run.err.contains(c.message)) << run.err.toStdString();
+        EXPECT_TRUE(run.err.contains(QStringLiteral("the Dict folder is unchanged"))) << run.err.toStdString();
+        EXPECT_EQ(testing::folderSnapshot(home.path() + QStringLiteral("/Dict")), before) << c.message.toStdString();
+    }
+
+    // A word-form map that does not decode is the user's: the import refuses
+    // rather than replace it.
+    home.writeDict(QStringLiteral("wordforms.json"), R"({"ran": )");
+    const QMap<QString, QByteArray> broken = testing::folderSnapshot(home.path() + QStringLiteral("/Dict"));
+    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "collins", "--word-forms", good});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.err.contains(home.dictPath(QStringLiteral("wordforms.json")) + QStringLiteral(" cannot be read"))) << run.err.toStdString();
+    EXPECT_EQ(testing::folderSnapshot(home.path() + QStringLiteral("/Dict")), broken);
+}
+
+}  // namespace
+}  // namespace lexicorn
