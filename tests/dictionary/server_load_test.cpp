@@ -149,7 +149,7 @@ TEST(ServerLoad, DictTypeWithIndex)
     EXPECT_EXIT(server.dictTypeWithIndex(2), ::testing::ExitedWithCode(70), "dictionary index 2");
 }
 
-TEST(ServerWordForms, MissingIsSilentBrokenIsReportedAndTheMapIsReadOnce)
+TEST(ServerWordForms, MissingIsSilentBrokenIsReportedAndTheMapIsReadOnceUntilReloaded)
 {
     struct Case {
         const char* content;  // nullptr: no file
@@ -169,13 +169,15 @@ TEST(ServerWordForms, MissingIsSilentBrokenIsReportedAndTheMapIsReadOnce)
             home.writeDict(QStringLiteral("wordforms.json"), c.content);
         EnWordServer server;
         ::testing::internal::CaptureStderr();
-        const size_t size = server.wordforms().size();
+        const size_t size = server.wordforms()->size();
         const std::string log = ::testing::internal::GetCapturedStderr();
         EXPECT_EQ(size, c.size) << (c.content ? c.content : "no file");
         EXPECT_EQ(log.find("🌀🌀🌀 wordforms 读取错误!") != std::string::npos, c.reported) << log;
 
         home.writeDict(QStringLiteral("wordforms.json"), R"({"a": "b", "c": "d", "e": "f"})");
-        EXPECT_EQ(server.wordforms().size(), c.size);  // kept for the process
+        EXPECT_EQ(server.wordforms()->size(), c.size);  // kept until the files are reloaded
+        server.reloadFiles();
+        EXPECT_EQ(server.wordforms()->size(), 3u);
     }
 }
 

@@ -147,10 +147,23 @@ SelectDictType EnWordServer::dictType() const
     return *SelectDictType::fromRawValue(dictType_.load());
 }
 
-const WordForms& EnWordServer::wordforms()
+std::shared_ptr<const WordForms> EnWordServer::wordforms()
 {
-    std::call_once(wordformsOnce_, [this] { wordforms_ = WordForms::load(dictDirectory() + QStringLiteral("/wordforms.json")); });
+    std::lock_guard lock(wordformsMutex_);
+    if (!wordforms_)
+        wordforms_ = std::make_shared<const WordForms>(WordForms::load(dictDirectory() + QStringLiteral("/wordforms.json")));
     return wordforms_;
+}
+
+void EnWordServer::reloadFiles()
+{
+    {
+        std::lock_guard lock(wordformsMutex_);
+        wordforms_.reset();
+    }
+    waitForLoadJobs();
+    cacheDict_.store(CacheDict::empty());
+    asyncInitDict();
 }
 
 void EnWordServer::asyncInitDict()
@@ -254,7 +267,8 @@ DictDataPtr EnWordServer::query(const QString& word, const QString& quoteSentenc
     // The word as given first; other spellings only when it is not filed.
     std::optional<EnWordDataList> records = dict->find(w);
     if (!records || records->empty()) {
-        const WordForms& forms = wordforms();
+        const std::shared_ptr<const WordForms> formsHeld = wordforms();
+        const WordForms& forms = *formsHeld;
         const QStringList candidates = lookupCandidates(w, forms);
         for (qsizetype i = 0; !records && i < candidates.size(); ++i)
             records = dict->find(candidates[i]);

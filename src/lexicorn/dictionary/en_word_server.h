@@ -34,7 +34,8 @@ public:
     std::optional<QString> path() const;
     SelectDictType dictType() const;
     std::shared_ptr<const CacheDict> cacheDict() const { return cacheDict_.load(); }
-    const WordForms& wordforms();  // loaded on first use, kept for the process
+    // Loaded on first use and kept until the dictionaries are reloaded.
+    std::shared_ptr<const WordForms> wordforms();
 
     bool cacheDictNull() const { return cacheDict()->isEmpty(); }
     int dictTypeNumber() const { return dictType().rawValue(); }
@@ -44,6 +45,9 @@ public:
     // --- loading
     void asyncInitDict();
     void setDictTypeWithNumber(int64_t number);
+    // After an import replaced files in the Dict folder: the word forms are
+    // read again, and so is the selected dictionary.
+    void reloadFiles();
     // 1 -> "collins", 0 -> "LDOCE5"; any other value is a fatal program error.
     QString dictTypeWithIndex(int64_t index) const;
     // Reads and decodes the file at path(); does not store the result.
@@ -79,8 +83,8 @@ private:
     std::optional<QString> path_;
     std::shared_ptr<SerialQueue> lastLoadQueue_;
 
-    std::once_flag wordformsOnce_;
-    WordForms wordforms_;
+    std::mutex wordformsMutex_;
+    std::shared_ptr<const WordForms> wordforms_;
 };
 
 }  // namespace lexicorn

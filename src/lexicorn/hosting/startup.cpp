@@ -6,6 +6,7 @@
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
 
+#include "foundation/notification_center.h"
 #include "foundation/user_defaults.h"
 
 namespace lexicorn {
@@ -56,6 +57,10 @@ void startUp(runtime::Object& delegate, const std::string& notification)
     runtime::send<void>(delegate, "setShieldDictCard:", true);
 
     installMiddleButtonMonitor(delegate);
+    // The reader's import replaced files in the Dict folder: the engine
+    // reads them again, so the next lookup finds the imported entries.
+    NotificationCenter::defaultCenter().addObserverForName(QStringLiteral("LexicornDictionaryImported"),
+                                                           [](const Notification&) { EnWordServer::shared().reloadFiles(); });
     // With IS_DEBUG off, as built, start-up ends here: the debugging menu is
     // not part of the plug-in.
 }
