@@ -112,6 +112,9 @@ void CacheWriter::beginFile(const QString& path)
 {
     currentFile_ = path;
     nextIndex_ = 0;
+    // Dictionary files spend at least some 64 bytes on a headword: room for
+    // that many up front saves rehashing a table of hundreds of thousands.
+    slotIndex_.reserve(slotIndex_.size() + size_t(QFileInfo(path).size() / 64));
 }
 
 CacheWriter::Slot& CacheWriter::slotFor(const QString& headword)

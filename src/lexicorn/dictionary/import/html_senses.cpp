@@ -209,9 +209,19 @@ QString withoutCardMarkers(const QString& text)
     static const QString markers[] = {DictData::SEPA_End, DictData::SEPA_Index, DictData::SEPA_Pos, DictData::SEPA_star,
                                       DictData::SEPA_Readings, DictData::SEPA_SP_En, DictData::SEPA_SP_Cn, DictData::SEPA_Gram,
                                       DictData::SEPA_Def, DictData::SEPA_Def_Cn, DictData::SEPA_Ext};
+    // Every marker starts at or above U+0F00 (most are emoji): text below
+    // that, which is nearly all of an English dictionary, skips the search.
+    static const char16_t lowestStart = [] {
+        char16_t lowest = 0xFFFF;
+        for (const QString& marker : markers)
+            lowest = std::min(lowest, marker.front().unicode());
+        return lowest;
+    }();
     QString clean = text;
-    for (const QString& marker : markers)
-        clean.remove(marker);
+    if (std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.unicode() >= lowestStart; })) {
+        for (const QString& marker : markers)
+            clean.remove(marker);
+    }
     for (QChar& c : clean) {
         if (c.unicode() < 0x20 && c != u'\n')
             c = u' ';  // a tab or a stray control character separates words

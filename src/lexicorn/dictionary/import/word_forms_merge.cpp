@@ -63,11 +63,18 @@ WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std
                                   .toStdString());
         }
     }
+    // The forms come without repeats; only the user's own entries can take
+    // one of them, and then the user's stays.
+    out.reserve(out.size() + forms.size() * 24);
     for (const auto& [form, headword] : forms) {
-        std::string key = form.toStdString();
-        if (!known.insert(key).second)
+        if (!known.empty() && known.contains(form.toStdString()))
             continue;
-        appendPair(out, key, headword.toStdString(), first);
+        if (!first)
+            out += ',';
+        first = false;
+        json::appendString(out, form);
+        out += ':';
+        json::appendString(out, headword);
         ++merge.added;
     }
     out += '}';

@@ -18,6 +18,7 @@ struct WordFormsMerge {
 // Writes the merged map to outPath. existingPath may name no file (an empty
 // map). An existing map that does not decode is an ImportError: replacing it
 // would lose what the user wrote.
+// The imported forms come without repeats among themselves.
 WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std::pair<QString, QString>>& forms,
                               const QString& outPath);
 
