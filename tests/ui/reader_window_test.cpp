@@ -10,6 +10,7 @@
 #include "support/temp_home.h"
 
 #include "host/ui/hud_overlay.h"
+#include "host/ui/import_dialog.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
 #include "host/ui/view_kit.h"
@@ -23,12 +24,15 @@
 #include "lexicorn/render/styled_text.h"
 #include "lexicorn/services/voice_endpoint.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QFile>
 #include <QJsonArray>
-#include <QLabel>
 #include <QJsonDocument>
+#include <QLabel>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -335,6 +339,49 @@ TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCop
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes.front().highlight_text(), word.text);
     EXPECT_EQ(notes.front().pageNo(), 1);
+}
+
+// File › Import dictionary… runs the import tool with a progress bar; the
+// plug-in then reads the new dictionary, so the next selection shows the
+// imported entry.
+TEST_F(ReaderWindowTest, AnImportedDictionaryAnswersTheNextSelection)
+{
+    qputenv("LEXICORN_CLI", LEXICORN_CLI);
+    start(true);
+    ASSERT_FALSE(lookUpSomeWord().text.isEmpty());
+    const host::ui::PageWord word = host::ui::wordsOnPage(sampleBook, 1, 5).front();
+    const QString csv = home_.path() + QStringLiteral("/mine.csv");
+    QFile file(csv);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\n");
+    file.write(word.text.toLower().toUtf8() + ",test,a word the test imported,n. 导入的释义,,3,,,,,,,\n");
+    file.close();
+
+    QAction* importAction = nullptr;
+    for (QAction* action : window_->findChildren<QAction*>())
+        if (action->text() == QStringLiteral("Import dictionary…"))
+            importAction = action;
+    ASSERT_TRUE(importAction);
+    importAction->trigger();
+    auto* dialog = window_->findChild<lexicorn::ImportDialog*>();
+    ASSERT_TRUE(dialog);
+    QSignalSpy imported(dialog, &lexicorn::ImportDialog::imported);
+    dialog->setFiles({csv});
+    dialog->startImport();
+    saveScreenshot(*dialog, QStringLiteral("import-dialog"));
+    ASSERT_TRUE(imported.wait(60000));
+    EXPECT_EQ(imported.front().front().toString(), QStringLiteral("collins"));
+    dialog->close();
+
+    // The engine reloads in the background: select until the new entry shows.
+    bool shown = false;
+    for (int attempt = 0; attempt < 100 && !shown; ++attempt) {
+        dragOver(word.area);
+        QTest::qWait(50);
+        if (const ObjectRef table = popupTable())
+            shown = lineTexts(send<StyledSections>(*table, "texts")).join(u'\n').contains(QStringLiteral("导入的释义"));
+    }
+    EXPECT_TRUE(shown) << word.text.toStdString();
 }
 
 // A three-page PDF whose outline has two chapters, the first with a
