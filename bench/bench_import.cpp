@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -82,6 +83,50 @@ void EcdictCsv770k(benchmark::State& state)
     state.counters["peak_RSS_MB"] = double(peakResidentMb());
 }
 BENCHMARK(EcdictCsv770k)->Unit(benchmark::kSecond)->Iterations(1);
+
+// An MDX of 100,000 HTML entries (every tenth a sound link, every
+// twentieth an @@@LINK= cross-reference) written by PyPI's mdict-utils in
+// the venv LEXICORN_ANKI_VENV, zlib blocks of 64 KiB, then imported whole.
+bool writeMdx(const QString& path, int entries)
+{
+    const QString venv = qEnvironmentVariable("LEXICORN_ANKI_VENV", QStringLiteral("/opt/lexicorn/anki-peer-venv"));
+    const QString script = QStringLiteral(
+        "import sys\n"
+        "from mdict_utils.base.writemdict import MDictWriter\n"
+        "words = {}\n"
+        "for i in range(int(sys.argv[2])):\n"
+        "    w = 'w%06d' % i\n"
+        "    words[w] = '@@@LINK=w%06d' % (i - 1) if i % 20 == 19 else (\n"
+        "        '<div><p>n. the state of being %s</p><p>v. 使…%s化</p><p>e.g. a %s of things</p>%s</div>'\n"
+        "        % (w, w, w, '<a href=\"sound://%s.mp3\">play</a>' % w if i % 10 == 0 else ''))\n"
+        "with open(sys.argv[1], 'wb') as f:\n"
+        "    MDictWriter(words, title='Bench', description='Generated').write(f)\n");
+    QProcess python;
+    python.start(venv + QStringLiteral("/bin/python"), {QStringLiteral("-c"), script, path, QString::number(entries)});
+    return python.waitForFinished(600000) && python.exitStatus() == QProcess::NormalExit && python.exitCode() == 0;
+}
+
+void Mdx100k(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    const QString mdx = dir.path() + QStringLiteral("/bench.mdx");
+    if (!writeMdx(mdx, 100000)) {
+        state.SkipWithError("mdict-utils could not write the MDX (is the venv installed?)");
+        return;
+    }
+    state.counters["mdx_MB"] = double(QFile(mdx).size()) / 1e6;
+    for (auto _ : state) {
+        dictimport::ImportRequest request;
+        request.files = {mdx};
+        request.dictDir = dir.path() + QStringLiteral("/Dict");
+        const dictimport::ImportReport report = dictimport::importDictionaries(request);
+        benchmark::DoNotOptimize(report.headwords);
+        state.counters["headwords"] = double(report.headwords);
+        QDir(request.dictDir).removeRecursively();
+    }
+    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+}
+BENCHMARK(Mdx100k)->Unit(benchmark::kSecond)->Iterations(1);
 
 }  // namespace
 

@@ -1,0 +1,214 @@
+// MDict files written by PyPI's mdict-utils (its MDictWriter) at test time,
+// read back by our reader and imported through the real lexicorn tool.
+
+#include "import_fixtures.h"
+
+#include "support/temp_home.h"
+
+#include "lexicorn/dictionary/import/mdict_reader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <gtest/gtest.h>
+
+namespace lexicorn {
+namespace {
+
+using dictimport::ImportError;
+using dictimport::Markup;
+using dictimport::SourceEntry;
+
+// Writes one .mdx per (name, version, encoding, compression) given on the
+// command line, all with the same entries, and an .mdd holding the sound.
+// Small blocks so that keys and records spread over many blocks. The LZO
+// writer needs python-lzo's compressor in place of the tool's own LZO module.
+const char* const fixtureScript = R"py(
+import os, sys
+import lzo
+sys.modules["mdict_utils.base.lzo"] = lzo
+from mdict_utils.base.writemdict import MDictWriter
+out, sound_path = sys.argv[1], sys.argv[2]
+words = {
+    "apple": '<p>a round fruit <a href="sound://apple.mp3">play</a></p>',
+    "apples": "@@@LINK=apple",
+    "café": "<p>coffee 咖啡</p>",
+}
+for i in range(300):
+    words["word%03d" % i] = "<p>meaning number %d</p>" % i
+def write(path, entries, **options):
+    with open(path, "wb") as f:
+        MDictWriter(entries, title="Test", description="Made by the tests", **options).write(f)
+for spec in sys.argv[3:]:
+    name, version, encoding, compression = spec.split(":")
+    write(os.path.join(out, name + ".mdx"), words, block_size=512, version=version,
+          encoding=encoding, compression_type=int(compression))
+with open(sound_path, "rb") as f:
+    sound = f.read()
+write(os.path.join(out, "resources.mdd"), {"\\apple.mp3": sound}, is_mdd=True)
+write(os.path.join(out, "locked.mdx"), words, encrypt_index=True)
+)py";
+
+QString venvPython()
+{
+    const QString venv = qEnvironmentVariable("LEXICORN_ANKI_VENV", QStringLiteral("/opt/lexicorn/anki-peer-venv"));
+    return venv + QStringLiteral("/bin/python");
+}
+
+// Bytes of every value a byte can take, and NULs, as a sound file would have.
+QByteArray soundBytes()
+{
+    QByteArray bytes;
+    for (int round = 0; round < 5; ++round)
+        for (int b = 0; b < 256; ++b)
+            bytes.append(char(b ^ round));
+    return bytes;
+}
+
+void makeFixtures(const QString& dir, const QStringList& specs)
+{
+    const QString sound = dir + QStringLiteral("/apple.mp3");
+    testing::writeFile(sound, soundBytes());
+    QProcess python;
+    python.start(venvPython(), QStringList{QStringLiteral("-c"), QString::fromUtf8(fixtureScript), dir, sound} + specs);
+    ASSERT_TRUE(python.waitForFinished(120000));
+    ASSERT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
+}
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+struct CollectingSink : dictimport::ImportSink {
+    std::vector<SourceEntry> entries;
+    QMap<QString, QByteArray> resources;
+    qint64 done = -1;
+    qint64 total = -1;
+    void entry(SourceEntry e) override { entries.push_back(std::move(e)); }
+    void wordForm(const QString&, const QString&) override {}
+    void resource(const QString& name, const QByteArray& bytes) override { resources.insert(name, bytes); }
+    void progress(qint64 d, qint64 t) override { done = d, total = t; }
+};
+
+TEST(MdictReader, ToolMadeFilesReadBackWhole)
+{
+    QTemporaryDir dir;
+    const QStringList specs{
+        QStringLiteral("v2-utf8-zlib:2.0:utf8:2"),   QStringLiteral("v2-utf8-lzo:2.0:utf8:1"),
+        QStringLiteral("v2-utf8-stored:2.0:utf8:0"), QStringLiteral("v2-utf16-zlib:2.0:utf16:2"),
+        QStringLiteral("v12-utf8-zlib:1.2:utf8:2"),  QStringLiteral("v12-utf16-lzo:1.2:utf16:1"),
+    };
+    makeFixtures(dir.path(), specs);
+
+    for (const QString& spec : specs) {
+        const QString name = spec.section(u':', 0, 0);
+        const QString mdx = dir.path() + u'/' + name + QStringLiteral(".mdx");
+        QFile::copy(dir.path() + QStringLiteral("/resources.mdd"), dir.path() + u'/' + name + QStringLiteral(".mdd"));
+        SCOPED_TRACE(name.toStdString());
+
+        CollectingSink sink;
+        dictimport::readMdict(mdx, sink);
+        ASSERT_EQ(sink.entries.size(), 303u);
+        QMap<QString, const SourceEntry*> byHeadword;
+        for (const SourceEntry& e : sink.entries)
+            byHeadword.insert(e.headword, &e);
+        ASSERT_EQ(byHeadword.size(), 303);
+
+        const SourceEntry& apple = *byHeadword.value(QStringLiteral("apple"));
+        EXPECT_EQ(apple.text, QStringLiteral(R"(<p>a round fruit <a href="sound://apple.mp3">play</a></p>)"));
+        EXPECT_EQ(apple.markup, Markup::Html);
+        EXPECT_EQ(apple.sound, QStringLiteral("apple.mp3"));
+        EXPECT_TRUE(apple.linkTo.isEmpty());
+        const SourceEntry& apples = *byHeadword.value(QStringLiteral("apples"));
+        EXPECT_EQ(apples.linkTo, QStringLiteral("apple"));
+        EXPECT_TRUE(apples.text.isEmpty());
+        ASSERT_TRUE(byHeadword.contains(QStringLiteral("café")));
+        EXPECT_EQ(byHeadword.value(QStringLiteral("café"))->text, QStringLiteral("<p>coffee 咖啡</p>"));
+        // Every record is its own, not its neighbour's: entries spread over many blocks.
+        for (int i = 0; i < 300; ++i) {
+            const QString word = QStringLiteral("word%1").arg(i, 3, 10, QChar(u'0'));
+            ASSERT_TRUE(byHeadword.contains(word)) << word.toStdString();
+            EXPECT_EQ(byHeadword.value(word)->text, QStringLiteral("<p>meaning number %1</p>").arg(i));
+        }
+
+        EXPECT_EQ(sink.resources.keys(), QStringList{QStringLiteral("apple.mp3")});
+        EXPECT_EQ(sink.resources.value(QStringLiteral("apple.mp3")), soundBytes());
+        EXPECT_EQ(sink.done, 303);
+        EXPECT_EQ(sink.total, 303);
+    }
+}
+
+TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
+{
+    QTemporaryDir dir;
+    makeFixtures(dir.path(), {QStringLiteral("stored:2.0:utf8:0"), QStringLiteral("zlib:2.0:utf8:2")});
+    const QByteArray stored = readAll(dir.path() + QStringLiteral("/stored.mdx"));
+    const QByteArray zlib = readAll(dir.path() + QStringLiteral("/zlib.mdx"));
+
+    // The last bytes of a file are its last record block's data.
+    QByteArray flipped = stored;
+    flipped[flipped.size() - 3] = char(flipped.at(flipped.size() - 3) ^ 0x20);
+    QByteArray flippedKey = zlib;
+    const qsizetype headerEnd = 4 + ((uchar(zlib[2]) << 8) | uchar(zlib[3])) + 4;
+    flippedKey[headerEnd + 10] = char(flippedKey.at(headerEnd + 10) ^ 0x01);
+
+    struct Case {
+        const char* file;
+        QByteArray bytes;
+        QString place;  // what the message names besides the file
+    };
+    const Case cases[] = {
+        {"flipped.mdx", flipped, QStringLiteral(": record block")},
+        {"flipped-key-section.mdx", flippedKey, QStringLiteral(": key section")},
+        {"truncated.mdx", zlib.left(zlib.size() * 2 / 3), QStringLiteral("truncated or a size past the end")},
+        {"header-only.mdx", zlib.left(40), QStringLiteral(": header")},
+        {"locked.mdx", readAll(dir.path() + QStringLiteral("/locked.mdx")), QStringLiteral("is encrypted")},
+    };
+    for (const Case& c : cases) {
+        const QString path = dir.path() + QStringLiteral("/case-") + QString::fromLatin1(c.file);
+        testing::writeFile(path, c.bytes);
+        CollectingSink sink;
+        try {
+            dictimport::readMdict(path, sink);
+            ADD_FAILURE() << c.file << " was read without complaint";
+        } catch (const ImportError& error) {
+            const QString message = QString::fromUtf8(error.what());
+            EXPECT_TRUE(message.startsWith(path)) << c.file << ": " << error.what();
+            EXPECT_TRUE(message.contains(c.place)) << c.file << ": " << error.what();
+        }
+    }
+}
+
+TEST(MdictReader, ImportedIntoDictFolderWithItsSound)
+{
+    testing::TempHome home;
+    makeFixtures(home.path(), {QStringLiteral("oxford:2.0:utf8:2")});
+    QFile::rename(home.path() + QStringLiteral("/resources.mdd"), home.path() + QStringLiteral("/oxford.mdd"));
+
+    const testing::CliRun run = testing::runLexicorn(
+        {"import", "--home", home.path(), "--into", "LDOCE5", home.path() + QStringLiteral("/oxford.mdx")});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+
+    const DictDataPtr apple = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("apple"));
+    ASSERT_FALSE(apple->enWords().empty());
+    EXPECT_EQ(apple->enWords().front()->title, QStringLiteral("apple"));
+    // The cross-reference leads to its target.
+    const DictDataPtr apples = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("apples"));
+    ASSERT_FALSE(apples->enWords().empty());
+    EXPECT_EQ(apples->enWords().front()->title, QStringLiteral("apple"));
+    // The sound sits in the Dict folder under the name the entry gives it.
+    EXPECT_EQ(home.readDict(QStringLiteral("apple.mp3")), soundBytes());
+
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("apple"), 0);
+    EXPECT_EQ(card.headword, QStringLiteral("apple"));
+    EXPECT_TRUE(card.defEn.contains(QStringLiteral("a round fruit"))) << card.defEn.toStdString();
+}
+
+}  // namespace
+}  // namespace lexicorn
