@@ -5,11 +5,14 @@
 
 #include "support/cli_run.h"
 
+#include "lexicorn/dictionary/import/source_entry.h"
 #include "lexicorn/dictionary/records.h"
 
 #include <QByteArray>
 #include <QMap>
 #include <QString>
+
+#include <vector>
 
 namespace lexicorn::testing {
 
@@ -29,5 +32,17 @@ struct CardBack {
 CardBack cardBack(const QString& home, const QString& dict, const QString& word, int row);
 
 void writeFile(const QString& path, const QByteArray& bytes);
+
+// Keeps what a dictionary reader hands on.
+struct CollectingSink : dictimport::ImportSink {
+    std::vector<dictimport::SourceEntry> entries;
+    QMap<QString, QByteArray> resources;
+    qint64 done = -1;
+    qint64 total = -1;
+    void entry(dictimport::SourceEntry e) override { entries.push_back(std::move(e)); }
+    void wordForm(const QString&, const QString&) override {}
+    void resource(const QString& name, const QByteArray& bytes) override { resources.insert(name, bytes); }
+    void progress(qint64 d, qint64 t) override { done = d, total = t; }
+};
 
 }  // namespace lexicorn::testing

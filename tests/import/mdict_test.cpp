@@ -85,16 +85,7 @@ QByteArray readAll(const QString& path)
     return file.readAll();
 }
 
-struct CollectingSink : dictimport::ImportSink {
-    std::vector<SourceEntry> entries;
-    QMap<QString, QByteArray> resources;
-    qint64 done = -1;
-    qint64 total = -1;
-    void entry(SourceEntry e) override { entries.push_back(std::move(e)); }
-    void wordForm(const QString&, const QString&) override {}
-    void resource(const QString& name, const QByteArray& bytes) override { resources.insert(name, bytes); }
-    void progress(qint64 d, qint64 t) override { done = d, total = t; }
-};
+using testing::CollectingSink;
 
 TEST(MdictReader, ToolMadeFilesReadBackWhole)
 {

@@ -2,17 +2,11 @@
 
 #include "lexicorn/dictionary/import/cache_writer.h"
 #include "lexicorn/dictionary/import/ecdict_reader.h"
-#include "lexicorn/dictionary/import/source_entry.h"
-#include "lexicorn/dictionary/import/word_forms_merge.h"
-#ifdef LEXICORN_HAS_WORDNET_READER
-#include "lexicorn/dictionary/import/wordnet_reader.h"
-#endif
-#ifdef LEXICORN_HAS_STARDICT_READER
-#include "lexicorn/dictionary/import/stardict_reader.h"
-#endif
-#ifdef LEXICORN_HAS_MDICT_READER
 #include "lexicorn/dictionary/import/mdict_reader.h"
-#endif
+#include "lexicorn/dictionary/import/source_entry.h"
+#include "lexicorn/dictionary/import/stardict_reader.h"
+#include "lexicorn/dictionary/import/word_forms_merge.h"
+#include "lexicorn/dictionary/import/wordnet_reader.h"
 
 #include <QDir>
 #include <QFile>
@@ -39,28 +33,16 @@ void readFile(SourceFormat format, const QString& path, ImportSink& sink)
         readEcdictCsv(path, sink);
         return;
     case SourceFormat::WordNet:
-#ifdef LEXICORN_HAS_WORDNET_READER
         readWordNet(path, sink);
         return;
-#else
-        break;
-#endif
     case SourceFormat::StarDict:
-#ifdef LEXICORN_HAS_STARDICT_READER
         readStarDict(path, sink);
         return;
-#else
-        break;
-#endif
     case SourceFormat::Mdict:
-#ifdef LEXICORN_HAS_MDICT_READER
         readMdict(path, sink);
         return;
-#else
-        break;
-#endif
     }
-    fail(QStringLiteral("%1: this build cannot read files of its kind yet").arg(path));
+    fail(QStringLiteral("%1: not a dictionary file this reader knows").arg(path));
 }
 
 // Moves a staged file over its place in the Dict folder (rename replaces an

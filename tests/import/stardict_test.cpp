@@ -1,0 +1,195 @@
+// StarDict files written at test time by Debian's stardict-tools (tabfile:
+// plain text in a .dict.dz; babylon: HTML with synonyms), read back by our
+// reader and imported through the real lexicorn tool.
+
+#include "import_fixtures.h"
+
+#include "support/temp_home.h"
+
+#include "lexicorn/dictionary/import/stardict_reader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace lexicorn {
+namespace {
+
+using dictimport::ImportError;
+using dictimport::Markup;
+using dictimport::SourceEntry;
+using testing::CollectingSink;
+
+const QString toolDir = QStringLiteral("/usr/lib/stardict-tools");
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+// Runs a stardict-tools converter on a source file in dir; it writes
+// <base>.ifo, .idx, .dict.dz (and .syn) beside it.
+void convert(const QString& dir, const QString& tool, const QString& source, const QByteArray& text)
+{
+    testing::writeFile(dir + u'/' + source, text);
+    QProcess process;
+    process.setWorkingDirectory(dir);
+    process.start(toolDir + u'/' + tool, {source});
+    ASSERT_TRUE(process.waitForFinished(60000));
+    ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+}
+
+// The tools' files: plain text, and HTML with synonyms; then the same HTML
+// dictionary with its body uncompressed, and the plain one with a 64-bit index.
+void makeFixtures(const QString& dir)
+{
+    convert(dir, QStringLiteral("tabfile"), QStringLiteral("plain.txt"),
+            "apple\ta round fruit\\n苹果\nrun\tto move fast\nzoo\ta place with animals\n");
+    convert(dir, QStringLiteral("babylon"), QStringLiteral("html.babylon"),
+            "\n#stripmethod=keep\n#sametypesequence=h\n#bookname=html\n\n"
+            "apple|apples|pomme\n<b>n.</b> a round fruit<br>苹果\n\n"
+            "run|ran\nto move fast\n\n");
+    QDir(dir).mkdir(QStringLiteral("open"));
+    for (const char* ext : {".ifo", ".idx", ".syn"})
+        QFile::copy(dir + QStringLiteral("/html") + ext, dir + QStringLiteral("/open/html") + ext);
+    QProcess unzip;
+    unzip.start(QStringLiteral("dictzip"), {QStringLiteral("-d"), QStringLiteral("-c"), dir + QStringLiteral("/html.dict.dz")});
+    ASSERT_TRUE(unzip.waitForFinished(60000));
+    testing::writeFile(dir + QStringLiteral("/open/html.dict"), unzip.readAllStandardOutput());
+
+    // A 64-bit index: the tool's entries with their offsets widened.
+    QDir(dir).mkdir(QStringLiteral("wide"));
+    const QByteArray idx = readAll(dir + QStringLiteral("/plain.idx"));
+    QByteArray wide;
+    for (qsizetype at = 0; at < idx.size();) {
+        const qsizetype end = idx.indexOf('\0', at);
+        wide += idx.mid(at, end + 1 - at) + QByteArray(4, '\0') + idx.mid(end + 1, 8);
+        at = end + 9;
+    }
+    testing::writeFile(dir + QStringLiteral("/wide/plain.idx"), wide);
+    QByteArray ifo = readAll(dir + QStringLiteral("/plain.ifo"));
+    ifo.replace("version=2.4.2", "version=3.0.0\nidxoffsetbits=64");
+    ifo.replace(QByteArray("idxfilesize=") + QByteArray::number(idx.size()), QByteArray("idxfilesize=") + QByteArray::number(wide.size()));
+    testing::writeFile(dir + QStringLiteral("/wide/plain.ifo"), ifo);
+    QFile::copy(dir + QStringLiteral("/plain.dict.dz"), dir + QStringLiteral("/wide/plain.dict.dz"));
+}
+
+QMap<QString, const SourceEntry*> byHeadword(const CollectingSink& sink)
+{
+    QMap<QString, const SourceEntry*> map;
+    for (const SourceEntry& e : sink.entries)
+        map.insert(e.headword, &e);
+    return map;
+}
+
+TEST(StarDictReader, ToolMadeFilesReadBackWhole)
+{
+    QTemporaryDir dir;
+    makeFixtures(dir.path());
+    struct Case {
+        const char* ifo;
+        Markup markup;
+        QString appleText;
+        QStringList links;  // synonym -> headword, as "syn>word"
+    };
+    const QString plainApple = QStringLiteral("a round fruit\n苹果");
+    const QString htmlApple = QStringLiteral("<b>n.</b> a round fruit<br>苹果");
+    const QStringList htmlLinks{QStringLiteral("apples>apple"), QStringLiteral("pomme>apple"), QStringLiteral("ran>run")};
+    const Case cases[] = {
+        {"plain.ifo", Markup::PlainText, plainApple, {}},
+        {"html.ifo", Markup::Html, htmlApple, htmlLinks},
+        {"open/html.ifo", Markup::Html, htmlApple, htmlLinks},
+        {"wide/plain.ifo", Markup::PlainText, plainApple, {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.ifo);
+        CollectingSink sink;
+        dictimport::readStarDict(dir.path() + u'/' + QString::fromLatin1(c.ifo), sink);
+        const auto entries = byHeadword(sink);
+        ASSERT_TRUE(entries.contains(QStringLiteral("apple")));
+        EXPECT_EQ(entries.value(QStringLiteral("apple"))->text, c.appleText);
+        EXPECT_EQ(entries.value(QStringLiteral("apple"))->markup, c.markup);
+        EXPECT_EQ(entries.value(QStringLiteral("run"))->text, QStringLiteral("to move fast"));
+        QStringList links;
+        for (const SourceEntry& e : sink.entries)
+            if (!e.linkTo.isEmpty())
+                links << e.headword + u'>' + e.linkTo;
+        links.sort();
+        EXPECT_EQ(links, c.links);
+        EXPECT_EQ(sink.done, sink.total);
+    }
+}
+
+TEST(StarDictReader, DamagedFilesAreReportedWithFileAndPlace)
+{
+    QTemporaryDir dir;
+    makeFixtures(dir.path());
+    const QString base = dir.path() + QStringLiteral("/plain");
+    const QByteArray ifo = readAll(base + QStringLiteral(".ifo"));
+    const QByteArray idx = readAll(base + QStringLiteral(".idx"));
+    const QByteArray dz = readAll(base + QStringLiteral(".dict.dz"));
+    struct Case {
+        const char* what;
+        std::function<void()> damage;
+        QString expected;  // in the message, after the file's path
+    };
+    const Case cases[] = {
+        {"wrong word count", [&] { QByteArray b = ifo; b.replace("wordcount=3", "wordcount=4"); testing::writeFile(base + QStringLiteral(".ifo"), b); },
+         QStringLiteral("wordcount=4 but the .idx file holds 3")},
+        {"index cut short", [&] { testing::writeFile(base + QStringLiteral(".idx"), idx.left(idx.size() - 3)); },
+         QStringLiteral(".idx is cut short in entry 3")},
+        {"offset past the end", [&] {
+             QByteArray b = idx;
+             b[b.indexOf("zoo") + 4] = char(0x7f);  // the last entry's offset, far past the data
+             testing::writeFile(base + QStringLiteral(".idx"), b);
+         }, QStringLiteral("entry 3 \"zoo\" points past the end")},
+        {"bad chunk table", [&] {
+             QByteArray b = dz;
+             b[22] = char(0xff);  // the first chunk's compressed size, in the RA field
+             b[23] = char(0x7f);
+             testing::writeFile(base + QStringLiteral(".dict.dz"), b);
+         }, QStringLiteral("dictzip chunk 1 of 1")},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        testing::writeFile(base + QStringLiteral(".ifo"), ifo);
+        testing::writeFile(base + QStringLiteral(".idx"), idx);
+        testing::writeFile(base + QStringLiteral(".dict.dz"), dz);
+        c.damage();
+        CollectingSink sink;
+        try {
+            dictimport::readStarDict(base + QStringLiteral(".ifo"), sink);
+            ADD_FAILURE() << "no error";
+        } catch (const ImportError& error) {
+            const QString message = QString::fromUtf8(error.what());
+            EXPECT_TRUE(message.startsWith(base)) << error.what();
+            EXPECT_TRUE(message.contains(c.expected)) << error.what();
+        }
+    }
+}
+
+TEST(StarDictReader, ImportedSynonymsLeadToTheirHeadword)
+{
+    testing::TempHome home;
+    makeFixtures(home.path());
+    const testing::CliRun run = testing::runLexicorn(
+        {"import", "--home", home.path(), "--into", "collins", home.path() + QStringLiteral("/html.ifo")});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const DictDataPtr pomme = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("pomme"));
+    ASSERT_FALSE(pomme->enWords().empty());
+    EXPECT_EQ(pomme->enWords().front()->title, QStringLiteral("apple"));
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("collins"), QStringLiteral("apple"), 0);
+    EXPECT_EQ(card.headword, QStringLiteral("apple"));
+    EXPECT_TRUE(card.defEn.contains(QStringLiteral("a round fruit"))) << card.defEn.toStdString();
+}
+
+}  // namespace
+}  // namespace lexicorn
