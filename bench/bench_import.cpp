@@ -1,6 +1,7 @@
-// Importing dictionaries users already own: a generated ECDICT-style CSV of
-// 770,000 rows into a fresh Dict folder, through the same call the
-// `lexicorn import` command makes. Peak resident memory of the process is
+// Importing dictionaries users already own into a fresh Dict folder, through
+// the same call the `lexicorn import` command makes: a generated ECDICT-style
+// CSV of 770,000 rows, an MDX of 100,000 entries (written by mdict-utils) and
+// a StarDict dictionary of 100,000 entries (written by stardict-tools). Peak resident memory of the process is
 // reported beside the time (run one benchmark per process for a clean peak:
 // --benchmark_filter=Ecdict).
 
@@ -129,5 +130,48 @@ void Mdx100k(benchmark::State& state)
 BENCHMARK(Mdx100k)->Unit(benchmark::kSecond)->Iterations(1);
 
 }  // namespace
+
+// A StarDict dictionary of `words` entries, made from a tab-separated source
+// by Debian's stardict-tools (tabfile), as a user's would be: .ifo, .idx and
+// a dictzip .dict.dz.
+bool writeStarDict(const QString& dir, int words)
+{
+    QFile source(dir + QStringLiteral("/bench.txt"));
+    if (!source.open(QIODevice::WriteOnly))
+        return false;
+    std::string out;
+    for (int i = 0; i < words; ++i) {
+        out += "word" + std::to_string(i) + "\t<b>n.</b> meaning number " + std::to_string(i)
+            + " of a word in the benchmark dictionary\\n释义 " + std::to_string(i) + "\n";
+    }
+    source.write(out.data(), qint64(out.size()));
+    source.close();
+    QProcess tool;
+    tool.setWorkingDirectory(dir);
+    tool.start(QStringLiteral("/usr/lib/stardict-tools/tabfile"), {QStringLiteral("bench.txt")});
+    return tool.waitForFinished(300000) && tool.exitCode() == 0;
+}
+
+void StarDict100k(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    if (!writeStarDict(dir.path(), 100000)) {
+        state.SkipWithError("stardict-tools could not write the dictionary (is it installed?)");
+        return;
+    }
+    const QString ifo = dir.path() + QStringLiteral("/bench.ifo");
+    state.counters["dict_dz_MB"] = double(QFile(dir.path() + QStringLiteral("/bench.dict.dz")).size()) / 1e6;
+    for (auto _ : state) {
+        dictimport::ImportRequest request;
+        request.files = {ifo};
+        request.dictDir = dir.path() + QStringLiteral("/Dict");
+        const dictimport::ImportReport report = dictimport::importDictionaries(request);
+        benchmark::DoNotOptimize(report.headwords);
+        state.counters["headwords"] = double(report.headwords);
+        QDir(request.dictDir).removeRecursively();
+    }
+    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+}
+BENCHMARK(StarDict100k)->Unit(benchmark::kSecond)->Iterations(1);
 
 BENCHMARK_MAIN();
