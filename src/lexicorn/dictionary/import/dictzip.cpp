@@ -120,6 +120,13 @@ QByteArray inflateDictzip(const QByteArray& file, const QString& name)
     // The uncompressed size is the gzip trailer's last four bytes (modulo 4 GiB).
     const quint32 total = quint32(uchar(file[file.size() - 4])) | quint32(uchar(file[file.size() - 3])) << 8
         | quint32(uchar(file[file.size() - 2])) << 16 | quint32(uchar(file[file.size() - 1])) << 24;
+    // Deflate shrinks data at most about 1032 times: a size beyond what the
+    // chunks can hold, or beyond that ratio, is a damaged table, and is
+    // refused before any memory is set aside for it.
+    if (quint64(total) > quint64(chunkSizes.size()) * chunkLength || quint64(total) > quint64(file.size()) * 1100)
+        fail(name, QStringLiteral("the file claims %1 uncompressed bytes, more than its %2 chunks can hold (a bad chunk table)")
+                       .arg(total)
+                       .arg(chunkSizes.size()));
     QByteArray out;
     out.reserve(qsizetype(total));
     for (std::size_t i = 0; i < chunkSizes.size(); ++i) {
