@@ -65,23 +65,30 @@ long peakResidentMb()
     return usage.ru_maxrss / 1024;
 }
 
+// Imports the file into a fresh Dict folder once per iteration, as the
+// command does, and reports the headwords and the process's peak memory.
+void importEachIteration(benchmark::State& state, const QString& file, const QString& dictDir, bool wordForms)
+{
+    for (auto _ : state) {
+        dictimport::ImportRequest request;
+        request.files = {file};
+        request.wordForms = wordForms;
+        request.dictDir = dictDir;
+        const dictimport::ImportReport report = dictimport::importDictionaries(request);
+        benchmark::DoNotOptimize(report.headwords);
+        state.counters["headwords"] = double(report.headwords);
+        QDir(dictDir).removeRecursively();
+    }
+    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+}
+
 void EcdictCsv770k(benchmark::State& state)
 {
     QTemporaryDir dir;
     const QString csv = dir.path() + QStringLiteral("/ecdict.csv");
     writeEcdictCsv(csv, 770000);
     state.counters["csv_MB"] = double(QFile(csv).size()) / 1e6;
-    for (auto _ : state) {
-        dictimport::ImportRequest request;
-        request.files = {csv};
-        request.wordForms = true;
-        request.dictDir = dir.path() + QStringLiteral("/Dict");
-        const dictimport::ImportReport report = dictimport::importDictionaries(request);
-        benchmark::DoNotOptimize(report.headwords);
-        state.counters["headwords"] = double(report.headwords);
-        QDir(request.dictDir).removeRecursively();
-    }
-    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+    importEachIteration(state, csv, dir.path() + QStringLiteral("/Dict"), true);
 }
 BENCHMARK(EcdictCsv770k)->Unit(benchmark::kSecond)->Iterations(1);
 
@@ -116,20 +123,9 @@ void Mdx100k(benchmark::State& state)
         return;
     }
     state.counters["mdx_MB"] = double(QFile(mdx).size()) / 1e6;
-    for (auto _ : state) {
-        dictimport::ImportRequest request;
-        request.files = {mdx};
-        request.dictDir = dir.path() + QStringLiteral("/Dict");
-        const dictimport::ImportReport report = dictimport::importDictionaries(request);
-        benchmark::DoNotOptimize(report.headwords);
-        state.counters["headwords"] = double(report.headwords);
-        QDir(request.dictDir).removeRecursively();
-    }
-    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+    importEachIteration(state, mdx, dir.path() + QStringLiteral("/Dict"), false);
 }
 BENCHMARK(Mdx100k)->Unit(benchmark::kSecond)->Iterations(1);
-
-}  // namespace
 
 // A StarDict dictionary of `words` entries, made from a tab-separated source
 // by Debian's stardict-tools (tabfile), as a user's would be: .ifo, .idx and
@@ -161,17 +157,10 @@ void StarDict100k(benchmark::State& state)
     }
     const QString ifo = dir.path() + QStringLiteral("/bench.ifo");
     state.counters["dict_dz_MB"] = double(QFile(dir.path() + QStringLiteral("/bench.dict.dz")).size()) / 1e6;
-    for (auto _ : state) {
-        dictimport::ImportRequest request;
-        request.files = {ifo};
-        request.dictDir = dir.path() + QStringLiteral("/Dict");
-        const dictimport::ImportReport report = dictimport::importDictionaries(request);
-        benchmark::DoNotOptimize(report.headwords);
-        state.counters["headwords"] = double(report.headwords);
-        QDir(request.dictDir).removeRecursively();
-    }
-    state.counters["peak_RSS_MB"] = double(peakResidentMb());
+    importEachIteration(state, ifo, dir.path() + QStringLiteral("/Dict"), false);
 }
 BENCHMARK(StarDict100k)->Unit(benchmark::kSecond)->Iterations(1);
+
+}  // namespace
 
 BENCHMARK_MAIN();
