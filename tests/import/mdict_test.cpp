@@ -42,8 +42,8 @@ for i in range(300):
 def write(path, entries, **options):
     with open(path, "wb") as f:
         MDictWriter(entries, title="Test", description="Made by the tests", **options).write(f)
-for spec in sys.argv[3:]:
-    name, version, encoding, compression = spec.split(":")
+for layout in sys.argv[3:]:
+    name, version, encoding, compression = layout.split(":")
     write(os.path.join(out, name + ".mdx"), words, block_size=512, version=version,
           encoding=encoding, compression_type=int(compression))
 with open(sound_path, "rb") as f:
@@ -68,12 +68,12 @@ QByteArray soundBytes()
     return bytes;
 }
 
-void makeFixtures(const QString& dir, const QStringList& specs)
+void makeFixtures(const QString& dir, const QStringList& layouts)
 {
     const QString sound = dir + QStringLiteral("/apple.mp3");
     testing::writeFile(sound, soundBytes());
     QProcess python;
-    python.start(venvPython(), QStringList{QStringLiteral("-c"), QString::fromUtf8(fixtureScript), dir, sound} + specs);
+    python.start(venvPython(), QStringList{QStringLiteral("-c"), QString::fromUtf8(fixtureScript), dir, sound} + layouts);
     ASSERT_TRUE(python.waitForFinished(120000));
     ASSERT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
 }
@@ -90,15 +90,15 @@ using testing::CollectingSink;
 TEST(MdictReader, ToolMadeFilesReadBackWhole)
 {
     QTemporaryDir dir;
-    const QStringList specs{
+    const QStringList layouts{
         QStringLiteral("v2-utf8-zlib:2.0:utf8:2"),   QStringLiteral("v2-utf8-lzo:2.0:utf8:1"),
         QStringLiteral("v2-utf8-stored:2.0:utf8:0"), QStringLiteral("v2-utf16-zlib:2.0:utf16:2"),
         QStringLiteral("v12-utf8-zlib:1.2:utf8:2"),  QStringLiteral("v12-utf16-lzo:1.2:utf16:1"),
     };
-    makeFixtures(dir.path(), specs);
+    makeFixtures(dir.path(), layouts);
 
-    for (const QString& spec : specs) {
-        const QString name = spec.section(u':', 0, 0);
+    for (const QString& layout : layouts) {
+        const QString name = layout.section(u':', 0, 0);
         const QString mdx = dir.path() + u'/' + name + QStringLiteral(".mdx");
         QFile::copy(dir.path() + QStringLiteral("/resources.mdd"), dir.path() + u'/' + name + QStringLiteral(".mdd"));
         SCOPED_TRACE(name.toStdString());
