@@ -122,6 +122,11 @@ private:
 
 EnWordServer::EnWordServer() = default;
 
+EnWordServer::~EnWordServer()
+{
+    waitForLoadJobs();
+}
+
 EnWordServer& EnWordServer::shared()
 {
     // Lives for the whole process; never destroyed, so a load job still
@@ -174,9 +179,14 @@ void EnWordServer::asyncInitDict()
     std::shared_ptr<SerialQueue> queue = SerialQueue::create(loadQueueLabel);
     {
         std::lock_guard lock(mutex_);
-        lastLoadQueue_ = queue;
+        ++runningLoadJobs_;
     }
-    queue->async([this] { loadJob(); });
+    queue->async([this] {
+        loadJob();
+        std::lock_guard lock(mutex_);
+        --runningLoadJobs_;
+        loadJobEnded_.notify_all();
+    });
 }
 
 void EnWordServer::loadJob()
@@ -207,13 +217,8 @@ void EnWordServer::loadJob()
 
 void EnWordServer::waitForLoadJobs() const
 {
-    std::shared_ptr<SerialQueue> queue;
-    {
-        std::lock_guard lock(mutex_);
-        queue = lastLoadQueue_;
-    }
-    if (queue)
-        queue->sync([] {});
+    std::unique_lock lock(mutex_);
+    loadJobEnded_.wait(lock, [this] { return runningLoadJobs_ == 0; });
 }
 
 void EnWordServer::setDictTypeWithNumber(int64_t number)

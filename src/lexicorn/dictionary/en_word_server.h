@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -24,6 +25,8 @@ struct HookEnWordData;
 class EnWordServer {
 public:
     EnWordServer();
+    // Waits for the load jobs still running, as they use this engine.
+    ~EnWordServer();
     EnWordServer(const EnWordServer&) = delete;
     EnWordServer& operator=(const EnWordServer&) = delete;
 
@@ -79,9 +82,10 @@ private:
     std::atomic<int> dictType_{SelectDictType::collins().rawValue()};
     std::atomic<std::shared_ptr<const CacheDict>> cacheDict_{CacheDict::empty()};
 
-    mutable std::mutex mutex_;  // guards path_ and lastLoadQueue_
+    mutable std::mutex mutex_;  // guards path_ and runningLoadJobs_
     std::optional<QString> path_;
-    std::shared_ptr<SerialQueue> lastLoadQueue_;
+    int runningLoadJobs_ = 0;
+    mutable std::condition_variable loadJobEnded_;
 
     std::mutex wordformsMutex_;
     std::shared_ptr<const WordForms> wordforms_;
