@@ -15,7 +15,6 @@
 #include <QThread>
 
 #include <functional>
-#include <optional>
 
 #include <gtest/gtest.h>
 
@@ -274,31 +273,6 @@ TEST_F(TranslateTest, UnreachableServicesGiveAnEmptyTranslation)
         EXPECT_FALSE(translation.isNull()) << "engine " << engine;
     }
     EXPECT_EQ(translate_.cnDeeplFromEn_(QStringLiteral("Hello?")), QString());
-}
-
-TEST(TranslateEngineSetting, FirstUseStoresEngineOne)
-{
-    const QString key = QStringLiteral("SPECIAL_ENGINE");
-    struct Case {
-        const char* name;
-        std::optional<QVariant> stored;
-        unsigned engine;
-    };
-    const Case cases[] = {
-        {"absent", std::nullopt, 1},
-        {"automatic", QVariant(0), 0},
-        {"Eudic", QVariant(4), 4},
-        {"beyond the last engine", QVariant(7), 7},
-    };
-    for (const Case& c : cases) {
-        testing::TempHome home;
-        if (c.stored)
-            UserDefaults::standard().set(key, *c.stored);
-        const KSWTranslate translate;
-        EXPECT_EQ(translate.engine(), c.engine) << c.name;
-        EXPECT_EQ(UserDefaults::standard().integer(key), qint64(c.engine)) << c.name;
-        EXPECT_TRUE(UserDefaults::standard().contains(key)) << c.name;
-    }
 }
 
 TEST(TranslationHosts, SettingMayCarryItsOwnScheme)

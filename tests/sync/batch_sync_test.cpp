@@ -10,7 +10,6 @@
 #include "lexicorn/render/note_format.h"
 
 #include "foundation/alerts.h"
-#include "foundation/dispatch.h"
 #include "foundation/pasteboard.h"
 #include "foundation/user_defaults.h"
 
@@ -195,37 +194,6 @@ TEST_F(Sync, ABatchOfFiveHundredNotes)
     EXPECT_EQ(runToSummary(batch, {plain(1), card(cardIds[5]), plain(2), plain(3)}), QStringLiteral("👍 同步完成。总数: 4, 有效数: 1。"));
     EXPECT_EQ(Pasteboard::general().changeCount(), pasted);
     EXPECT_EQ(anki.noteCount(), 60);
-}
-
-TEST_F(Sync, AnkiStoppingMidwayFailsEveryCardLeft)
-{
-    testing::loadSampleDictionary(0);
-    testing::SyncPeer anki(home_);
-    ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
-
-    // Two cards, then a plain note, over and over: 40 cards in 60 notes.
-    BatchSync::NoteList notes;
-    for (int number = 0; number < 60; ++number)
-        notes.push_back(number % 3 == 2 ? plain(number) : card(QStringLiteral("SM-%1").arg(number, 4, 10, QChar(u'0'))));
-
-    // Anki goes away once 20 notes (14 cards) are through; the batch waits
-    // for the report, so the cut falls exactly there.
-    BatchSync batch = makeBatch([&](const BatchSync::Counts& counts) {
-        if (counts.visited != 20)
-            return;
-        DispatchSemaphore stopped;
-        mainQueue().async([&] {
-            anki.stop();
-            stopped.signal();
-        });
-        stopped.wait();
-    });
-    const QString summary = runToSummary(batch, notes);
-
-    // Each card left fails at its rebuild, which asks Anki first.
-    EXPECT_EQ(summary, QStringLiteral("总数: 60, 有效数: 40, 完成数: 14。错误信息见剪切板！"));
-    const QString line = u'\n' + notes[0]->notetitle() + QStringLiteral(" - Ankiconnect 连接失败！");
-    EXPECT_EQ(Pasteboard::general().string(), line.repeated(26));
 }
 
 }  // namespace
