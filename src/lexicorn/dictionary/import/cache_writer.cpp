@@ -184,25 +184,36 @@ void CacheWriter::progress(qint64 done, qint64 total)
         progressHandler_(done, total);
 }
 
-std::string CacheWriter::cacheJson() const
+void CacheWriter::writeCacheJson(const std::function<void(std::string_view)>& write) const
 {
-    size_t size = 2;
-    for (const Slot& slot : slots_)
-        size += slot.key.size() + slot.records.size() + 8;
-    std::string out;
-    out.reserve(size);
-    out += '{';
+    constexpr size_t pieceSize = size_t(1) << 20;
+    std::string piece;
+    piece.reserve(pieceSize);
+    piece += '{';
     bool first = true;
     for (const Slot& slot : slots_) {
         if (!first)
-            out += ',';
+            piece += ',';
         first = false;
-        json::appendString(out, QString::fromStdString(slot.key));
-        out += ":[";
-        out += slot.records;
-        out += ']';
+        json::appendString(piece, QString::fromStdString(slot.key));
+        piece += ":[";
+        if (piece.size() + slot.records.size() > pieceSize) {
+            write(piece);
+            piece.clear();
+            write(slot.records);
+        } else {
+            piece += slot.records;
+        }
+        piece += ']';
     }
-    out += '}';
+    piece += '}';
+    write(piece);
+}
+
+std::string CacheWriter::cacheJson() const
+{
+    std::string out;
+    writeCacheJson([&](std::string_view piece) { out += piece; });
     return out;
 }
 

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -38,7 +39,10 @@ public:
     // Staged resource names, relative to the staging folder (and to Dict).
     const std::vector<QString>& resources() const { return resources_; }
 
-    // The cache document: headword -> its records, in the order read.
+    // The cache document: headword -> its records, in the order read. It is
+    // handed out in pieces of about a megabyte, so that it is written
+    // without a second copy of the whole dictionary in memory.
+    void writeCacheJson(const std::function<void(std::string_view)>& write) const;
     std::string cacheJson() const;
 
     // Forms the files named, in file order, then regular inflections of

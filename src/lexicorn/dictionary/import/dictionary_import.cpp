@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <future>
 
 namespace lexicorn::dictimport {
 
@@ -54,10 +55,14 @@ void moveInto(const QString& from, const QString& to)
         fail(QStringLiteral("cannot move %1 to %2: %3").arg(from, to, QString::fromLocal8Bit(std::strerror(errno))));
 }
 
-void writeWhole(const QString& path, std::string_view bytes)
+void writeCache(const QString& path, const CacheWriter& writer)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes.data(), qint64(bytes.size())) != qint64(bytes.size()) || !file.flush())
+    bool written = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    writer.writeCacheJson([&](std::string_view piece) {
+        written = written && file.write(piece.data(), qint64(piece.size())) == qint64(piece.size());
+    });
+    if (!written)
         fail(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
 }
 
@@ -131,12 +136,17 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
     report.resources = writer.resources().size();
     report.cachePath = request.dictDir + u'/' + request.slot.fileName();
 
+    // The word forms are worked out while the cache is written: both only
+    // read what the writer holds, and each takes about as long.
+    std::future<std::vector<std::pair<QString, QString>>> forms;
+    if (request.wordForms)
+        forms = std::async(std::launch::async, [&writer] { return writer.wordForms(); });
     const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
-    writeWhole(stagedCache, writer.cacheJson());
+    writeCache(stagedCache, writer);
     const QString formsPath = request.dictDir + QStringLiteral("/wordforms.json");
     const QString stagedForms = staging.path() + QStringLiteral("/wordforms.json");
     if (request.wordForms)
-        report.formsAdded = mergeWordForms(formsPath, writer.wordForms(), stagedForms).added;
+        report.formsAdded = mergeWordForms(formsPath, forms.get(), stagedForms).added;
 
     // Everything is written: only renames are left. The cache goes last, so
     // the dictionary never names sounds that are not there yet.
