@@ -131,22 +131,5 @@ TEST(NotebookCliTest, ReadingANotebookThatWasNeverMadeCreatesNoFile)
     EXPECT_FALSE(QFileInfo::exists(notebookFile(home)));
 }
 
-TEST(NotebookCliTest, DamagedNotebookIsReportedNotReplaced)
-{
-    TempHome home;
-    QDir().mkpath(home.path() + QStringLiteral("/Lexicorn"));
-    const QByteArray garbage = "this is not a database, but it is the user's file\n";
-    writeNoteFile(home, QStringLiteral("Lexicorn/notebook.sqlite"), garbage);
-    for (const QStringList& arguments :
-         {QStringList{"notebook", "list"}, QStringList{"notebook", "add", writeNoteFile(home, "c.json", cardJson)}}) {
-        const CliRun run = runLexicorn(arguments);
-        EXPECT_EQ(run.status, 1) << arguments.join(u' ').toStdString();
-        EXPECT_TRUE(run.err.contains(QStringLiteral("not a readable notebook"))) << run.err.toStdString();
-    }
-    QFile file(notebookFile(home));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), garbage);
-}
-
 }  // namespace
 }  // namespace lexicorn::host

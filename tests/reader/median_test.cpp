@@ -37,42 +37,14 @@ struct MedianCase {
     double median;
 };
 
-TEST(MedianQuickselect, ReturnsTheLowerMiddleElementOfTheSortedOrder)
-{
-    const std::vector<MedianCase> cases{
-        {"one value", {7}, 7},
-        {"two values, lower one", {9, 4}, 4},
-        {"odd count", {5, 1, 3}, 3},
-        {"even count takes the lower middle", {4, 1, 3, 2}, 2},
-        {"duplicates", {2, 2, 1, 2, 3}, 2},
-        {"duplicates around the middle, even", {1, 5, 5, 1}, 1},
-        {"all equal", {6, 6, 6, 6, 6, 6}, 6},
-        {"sorted, odd", {1, 2, 3, 4, 5, 6, 7, 8, 9}, 5},
-        {"reversed, odd", {9, 8, 7, 6, 5, 4, 3, 2, 1}, 5},
-        {"sorted, even", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, 5},
-        {"reversed, even", {10, 9, 8, 7, 6, 5, 4, 3, 2, 1}, 5},
-        {"fractions and negatives", {-1.5, 12.25, 0.0, 3.5, -7.0}, 0.0},
-        {"character heights of a line with one tall capital", {12.2, 12.2, 15.1, 12.2, 12.2, 12.2}, 12.2},
-    };
-    for (const MedianCase& c : cases) {
-        std::vector<double> values = c.values;
-        EXPECT_EQ(HookPDFPageTextTool::findMedian(values.data(), int(values.size())), c.median) << c.name;
-        // Reordered, but nothing lost or duplicated.
-        std::vector<double> before = c.values;
-        std::sort(before.begin(), before.end());
-        std::sort(values.begin(), values.end());
-        EXPECT_EQ(values, before) << c.name;
-    }
-}
-
 TEST(MedianQuickselect, EmptyArrayGivesZero)
 {
     EXPECT_EQ(HookPDFPageTextTool::findMedian(nullptr, 0), 0.0);
 }
 
 // Every array of up to seven values drawn from {0, 1, 2}: many duplicates,
-// every order. Catches a partition that loses elements or a loop that never
-// reaches the middle index.
+// every order, the lower middle for an even count. Catches a partition that
+// loses elements or a loop that never reaches the middle index.
 TEST(MedianQuickselect, AgreesWithSortingOnEverySmallArray)
 {
     for (int size = 1; size <= 7; ++size) {
@@ -86,6 +58,9 @@ TEST(MedianQuickselect, AgreesWithSortingOnEverySmallArray)
             const double expected = sortedMedian(values);
             std::vector<double> work = values;
             ASSERT_EQ(HookPDFPageTextTool::findMedian(work.data(), size), expected) << show(values);
+            std::sort(work.begin(), work.end());
+            std::sort(values.begin(), values.end());
+            ASSERT_EQ(work, values) << "reordered, but nothing lost or repeated";
         }
     }
 }
