@@ -48,7 +48,8 @@ void convert(const QString& dir, const QString& tool, const QString& source, con
 }
 
 // The tools' files: plain text, and HTML with synonyms; then the same HTML
-// dictionary with its body uncompressed, and the plain one with a 64-bit index.
+// dictionary with its body uncompressed and its index gzipped, and the plain
+// one with a 64-bit index.
 void makeFixtures(const QString& dir)
 {
     convert(dir, QStringLiteral("tabfile"), QStringLiteral("plain.txt"),
@@ -64,6 +65,7 @@ void makeFixtures(const QString& dir)
     unzip.start(QStringLiteral("dictzip"), {QStringLiteral("-d"), QStringLiteral("-c"), dir + QStringLiteral("/html.dict.dz")});
     ASSERT_TRUE(unzip.waitForFinished(60000));
     testing::writeFile(dir + QStringLiteral("/open/html.dict"), unzip.readAllStandardOutput());
+    ASSERT_EQ(QProcess::execute(QStringLiteral("gzip"), {dir + QStringLiteral("/open/html.idx")}), 0);
 
     // A 64-bit index: the tool's entries with their offsets widened.
     QDir(dir).mkdir(QStringLiteral("wide"));

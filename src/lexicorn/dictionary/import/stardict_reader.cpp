@@ -232,8 +232,19 @@ void readStarDict(const QString& ifoPath, ImportSink& sink)
             fail(ifoPath, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
         return file.readAll();
     };
+    // The index and synonyms may come gzipped (".idx.gz"), as many
+    // dictionaries are shipped; without the file an empty one is given.
+    const auto readMaybeGzipped = [&](const QString& path) {
+        if (QFileInfo::exists(path))
+            return read(path);
+        if (QFileInfo::exists(path + QStringLiteral(".gz")))
+            return inflateDictzip(read(path + QStringLiteral(".gz")), path + QStringLiteral(".gz"));
+        return QByteArray();
+    };
     const QByteArray ifo = read(ifoPath);
-    const QByteArray idx = read(base + QStringLiteral(".idx"));
+    if (!QFileInfo::exists(base + QStringLiteral(".idx")) && !QFileInfo::exists(base + QStringLiteral(".idx.gz")))
+        fail(ifoPath, QStringLiteral("neither %1.idx nor %1.idx.gz is there").arg(base));
+    const QByteArray idx = readMaybeGzipped(base + QStringLiteral(".idx"));
     QByteArray dict;
     if (QFileInfo::exists(base + QStringLiteral(".dict")))
         dict = read(base + QStringLiteral(".dict"));
@@ -241,7 +252,7 @@ void readStarDict(const QString& ifoPath, ImportSink& sink)
         dict = inflateDictzip(read(base + QStringLiteral(".dict.dz")), base + QStringLiteral(".dict.dz"));
     else
         fail(ifoPath, QStringLiteral("neither %1.dict nor %1.dict.dz is there").arg(base));
-    const QByteArray syn = QFileInfo::exists(base + QStringLiteral(".syn")) ? read(base + QStringLiteral(".syn")) : QByteArray();
+    const QByteArray syn = readMaybeGzipped(base + QStringLiteral(".syn"));
     readStarDictBytes(ifo, idx, dict, syn, ifoPath, sink);
 }
 
