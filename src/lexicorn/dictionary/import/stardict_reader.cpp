@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 namespace lexicorn::dictimport {
@@ -232,28 +233,24 @@ void readStarDict(const QString& ifoPath, ImportSink& sink)
             fail(ifoPath, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
         return file.readAll();
     };
-    // The index and synonyms may come gzipped (".idx.gz"), as many
-    // dictionaries are shipped; without the file an empty one is given.
-    const auto readMaybeGzipped = [&](const QString& path) {
+    // A file as it is, or compressed beside it under `suffix` (".dict.dz",
+    // and ".idx.gz" as many dictionaries are shipped); nothing when neither is there.
+    const auto readPlainOr = [&](const QString& path, const QString& suffix) -> std::optional<QByteArray> {
         if (QFileInfo::exists(path))
             return read(path);
-        if (QFileInfo::exists(path + QStringLiteral(".gz")))
-            return inflateDictzip(read(path + QStringLiteral(".gz")), path + QStringLiteral(".gz"));
-        return QByteArray();
+        if (QFileInfo::exists(path + suffix))
+            return inflateDictzip(read(path + suffix), path + suffix);
+        return std::nullopt;
     };
     const QByteArray ifo = read(ifoPath);
-    if (!QFileInfo::exists(base + QStringLiteral(".idx")) && !QFileInfo::exists(base + QStringLiteral(".idx.gz")))
+    const std::optional<QByteArray> idx = readPlainOr(base + QStringLiteral(".idx"), QStringLiteral(".gz"));
+    if (!idx)
         fail(ifoPath, QStringLiteral("neither %1.idx nor %1.idx.gz is there").arg(base));
-    const QByteArray idx = readMaybeGzipped(base + QStringLiteral(".idx"));
-    QByteArray dict;
-    if (QFileInfo::exists(base + QStringLiteral(".dict")))
-        dict = read(base + QStringLiteral(".dict"));
-    else if (QFileInfo::exists(base + QStringLiteral(".dict.dz")))
-        dict = inflateDictzip(read(base + QStringLiteral(".dict.dz")), base + QStringLiteral(".dict.dz"));
-    else
+    const std::optional<QByteArray> dict = readPlainOr(base + QStringLiteral(".dict"), QStringLiteral(".dz"));
+    if (!dict)
         fail(ifoPath, QStringLiteral("neither %1.dict nor %1.dict.dz is there").arg(base));
-    const QByteArray syn = readMaybeGzipped(base + QStringLiteral(".syn"));
-    readStarDictBytes(ifo, idx, dict, syn, ifoPath, sink);
+    const QByteArray syn = readPlainOr(base + QStringLiteral(".syn"), QStringLiteral(".gz")).value_or(QByteArray());
+    readStarDictBytes(ifo, *idx, *dict, syn, ifoPath, sink);
 }
 
 }  // namespace lexicorn::dictimport
