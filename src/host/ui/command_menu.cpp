@@ -61,10 +61,14 @@ protected:
             setGeometry(parentWidget()->rect());
         return false;
     }
+    // Only a press outside the panel closes it. A press on a row must reach
+    // the row's release: closing here would delete the row before the
+    // release arrives, and the row's action would be lost.
     void mousePressEvent(QMouseEvent* event) override
     {
         event->accept();
-        close();
+        if (!childAt(event->position().toPoint()))
+            close();
     }
     void keyPressEvent(QKeyEvent* event) override
     {
@@ -229,6 +233,12 @@ void CommandRowWidget::keyPressEvent(QKeyEvent* event)
         return;
     }
     event->accept();
+}
+
+void CommandRowWidget::mousePressEvent(QMouseEvent* event)
+{
+    // The row acts on release; taking the press makes it the release's target.
+    event->setAccepted(event->button() == Qt::LeftButton);
 }
 
 void CommandRowWidget::mouseReleaseEvent(QMouseEvent* event)

@@ -142,8 +142,16 @@ void ButtonObject::setTitle_forState_(const QString& title, int state)
     titles_[state] = title;
     if (auto* button = static_cast<QAbstractButton*>(widget())) {
         button->setText(currentTitle());
+        updateAccessibleName();
         button->update();
     }
+}
+
+void ButtonObject::updateAccessibleName()
+{
+    // Screen readers and window-system test drivers read the title; a
+    // button with only an image goes by the image's name.
+    widget()->setAccessibleName(currentTitle().isEmpty() ? imageName_ : QString());
 }
 
 QString ButtonObject::titleForState_(int state) const
@@ -184,8 +192,11 @@ void ButtonObject::setImage_forState_(const ObjectRef& image, int /*state*/)
 {
     auto* kitImage = dynamic_cast<ImageObject*>(image.get());
     image_ = kitImage ? QIcon(kitImage->pixmap()) : QIcon();
-    if (widget())
+    imageName_ = kitImage ? kitImage->name() : QString();
+    if (widget()) {
+        updateAccessibleName();
         widget()->update();
+    }
 }
 
 void ButtonObject::setFontSize_(double points)

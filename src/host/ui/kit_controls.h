@@ -101,9 +101,12 @@ protected:
     void applyBackground(const QColor& color) override;
 
 private:
+    void updateAccessibleName();
+
     std::map<int, QString> titles_;
     std::map<int, QColor> titleColours_;
     QIcon image_;
+    QString imageName_;
 };
 
 class LabelObject : public ViewObject {

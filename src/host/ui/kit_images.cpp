@@ -173,9 +173,9 @@ const std::map<QString, std::function<void(QPainter&)>>& drawings()
     return table;
 }
 
-ObjectRef imageObject(runtime::Class& cls, QPixmap pixmap)
+ObjectRef imageObject(runtime::Class& cls, QPixmap pixmap, const QString& name)
 {
-    return pixmap.isNull() ? nullptr : std::make_shared<ImageObject>(cls, std::move(pixmap));
+    return pixmap.isNull() ? nullptr : std::make_shared<ImageObject>(cls, std::move(pixmap), name);
 }
 
 }  // namespace
@@ -214,10 +214,10 @@ void registerImageClass(runtime::Runtime& runtime)
 {
     runtime::Class& image = runtime.registerClass(imageClassName, "NSObject");
     runtime.addClassMethod(image, "imageNamed:", makeImp([](runtime::Class& cls, QString name) {
-        return imageObject(cls, drawnImage(name));
+        return imageObject(cls, drawnImage(name), name);
     }));
     runtime.addMethod(image, "imageWithTintColor:", makeImp([](ImageObject& self, QColor colour) {
-        return imageObject(self.objectClass(), tintedImage(self.pixmap(), colour));
+        return imageObject(self.objectClass(), tintedImage(self.pixmap(), colour), self.name());
     }));
     runtime.addMethod(image, "size", makeImp([](ImageObject& self) { return self.pixmap().deviceIndependentSize(); }));
 }

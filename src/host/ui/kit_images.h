@@ -23,11 +23,16 @@ QColor defaultTintColor();
 
 class ImageObject : public runtime::Object {
 public:
-    ImageObject(runtime::Class& cls, QPixmap pixmap) : Object(cls), pixmap_(std::move(pixmap)) {}
+    ImageObject(runtime::Class& cls, QPixmap pixmap, QString name)
+        : Object(cls), pixmap_(std::move(pixmap)), name_(std::move(name)) {}
     const QPixmap& pixmap() const { return pixmap_; }
+    // The name it was drawn from; a button showing only this image is
+    // announced by it to screen readers.
+    const QString& name() const { return name_; }
 
 private:
     QPixmap pixmap_;
+    QString name_;
 };
 
 // The drawn icon of that name (32 points square, at twice the resolution),
