@@ -1,5 +1,7 @@
 #include "host/pdf/pdf_objc_api.h"
 
+#include "host/pdf/reading_order.h"
+
 #include <QHash>
 
 #include <poppler-qt6.h>
@@ -22,15 +24,12 @@ std::int64_t nextViewHandle()
     return ++last;
 }
 
-// Whether two word boxes sit on one text row: they overlap vertically by at
-// least half the smaller height, and the second does not start left of the
-// first. Poppler now and then splits one printed line into two of its lines
-// (a wide gap, a change of font); these are joined again.
-bool onSameRow(const QRectF& first, const QRectF& second)
+// Poppler sometimes chains a margin line number, or the next column, to the
+// printed line beside it. Its lines are cut at every gap that could part
+// columns; the reading order joins the pieces of one column again.
+bool farApart(const QRectF& before, const QRectF& after)
 {
-    const double overlap = std::min(first.bottom(), second.bottom()) - std::max(first.top(), second.top());
-    const double smaller = std::min(first.height(), second.height());
-    return smaller > 0 && overlap >= smaller / 2 && second.left() >= first.right() - smaller / 2;
+    return after.left() - before.right() >= std::min(before.height(), after.height()) * columnGapInHeights;
 }
 
 // Appends the characters of one word, one record per UTF-16 unit. Poppler
@@ -120,14 +119,9 @@ PageLines PdfObjCAPI::readPageText(int pageNo) const
         if (previous) {
             const QRectF before = previous->boundingBox();
             const QRectF here = word->boundingBox();
-            const bool chained = previous->nextWord() == word.get();
-            const bool sameRow = !chained && onSameRow(before, here);
-            if (chained || sameRow) {
-                // Poppler says whether a space follows a word of its line; a
-                // word joined by position is apart when a visible gap is left.
-                const bool spaced = previous->hasSpaceAfter()
-                    || (sameRow && here.left() - before.right() > std::min(before.height(), here.height()) * 0.1);
-                if (spaced) {
+            if (previous->nextWord() == word.get() && !farApart(before, here)) {
+                // Poppler says whether a space follows a word of its line.
+                if (previous->hasSpaceAfter()) {
                     const QRectF blank(before.right(), before.top(), std::max(0.0, here.left() - before.right()),
                                        before.height());
                     line.push_back(CharRecord{u' ', blank});
@@ -142,7 +136,7 @@ PageLines PdfObjCAPI::readPageText(int pageNo) const
     }
     if (!line.empty())
         lines.push_back(std::move(line));
-    return lines;
+    return inReadingOrder(std::move(lines));
 }
 
 }  // namespace lexicorn::host
