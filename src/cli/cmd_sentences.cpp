@@ -5,10 +5,15 @@
 #include "cli/output.h"
 
 #include "host/pdf/pdf_objc_api.h"
+#include "lexicorn/dictionary/en_word_server.h"
+#include "lexicorn/reader/broken_words.h"
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
+
+#include "foundation/paths.h"
 
 #include <QCryptographicHash>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -68,6 +73,18 @@ QString sentenceLine(const Sentence& sentence)
     return text;
 }
 
+// The words of the user's dictionary and word forms, when there is a Dict
+// folder; without one, broken words are joined by the case of the next line.
+KnownWord dictionaryWords()
+{
+    if (!QFileInfo(dictDirectory()).isDir())
+        return {};
+    EnWordServer& server = EnWordServer::shared();
+    server.asyncInitDict();
+    server.waitForLoadJobs();
+    return [&server](const QString& word) { return server.knows(word); };
+}
+
 }  // namespace
 
 int runSentences(Arguments& arguments)
@@ -107,8 +124,10 @@ int runSentences(Arguments& arguments)
             objects.append(QString::fromUtf8(QJsonDocument(sentenceJson(piece)).toJson(QJsonDocument::Compact)));
         print(objects.isEmpty() ? QStringLiteral("[]\n") : u'[' + objects.join(QStringLiteral(",\n")) + QStringLiteral("]\n"));
     } else {
+        // As the popup quotes them: words broken at a line end whole again.
+        const KnownWord known = dictionaryWords();
         for (const Sentence& piece : pieces)
-            print(sentenceLine(piece) + u'\n');
+            print(sentenceLine(withBrokenWordsJoined(piece, known)) + u'\n');
     }
     return 0;
 }

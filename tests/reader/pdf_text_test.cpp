@@ -3,6 +3,8 @@
 
 #include "page_lines.h"
 
+#include "support/typeset.h"
+
 #include "host/pdf/pdf_objc_api.h"
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
 
@@ -283,6 +285,35 @@ TEST(PdfTextDocument, ViewHandlesFindOpenDocumentsOnly)
         EXPECT_FALSE(document.isOpen()) << path.toStdString();
         EXPECT_EQ(document.pageCount(), 0);
         EXPECT_TRUE(document.textContentsForPageNo_(1).empty());
+    }
+}
+
+// ---- Typeset two-column pages -------------------------------------------------
+
+// Compared by their letters, the sentences cut from a two-column page are the
+// prose's sentences, whole, whether or not the lines are numbered in the
+// margins; the title and the numbers stand apart, and nothing else is there.
+TEST(PdfTextTwoColumns, EverySentenceIsCutWholeAndMarginNumbersStandApart)
+{
+    QTemporaryDir dir;
+    QStringList wanted{lettersOf(twoColumnTitle)};
+    for (const QString& sentence : twoColumnProse())
+        wanted.append(lettersOf(sentence));
+    for (const bool numbered : {false, true}) {
+        const QString name = numbered ? QStringLiteral("numbered") : QStringLiteral("plain");
+        const PdfObjCAPI document(typesetPdf(dir.path(), name, twoColumnSource(numbered)));
+        ASSERT_EQ(document.pageCount(), 1) << name.toStdString();
+        QStringList cut;
+        int numbers = 0;
+        for (const Sentence& sentence : sentencesOf(document, 1, QStringLiteral("two-columns-") + name)) {
+            const QString text = textOf(sentence);
+            if (!text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isDigit(); }))
+                ++numbers;
+            else
+                cut.append(lettersOf(text));
+        }
+        EXPECT_EQ(cut, wanted) << name.toStdString();
+        EXPECT_EQ(numbers > 0, numbered) << name.toStdString();
     }
 }
 

@@ -2,7 +2,11 @@
 // and as JSON with line ends and character rectangles.
 
 #include "support/cli_run.h"
+#include "support/temp_home.h"
+#include "support/typeset.h"
 
+#include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -52,7 +56,8 @@ TEST(SentencesCommand, PrintsOneSentenceOrSectionPerLine)
         {{}, 1, "(He smiles much more than he talks.)"},
         {{}, 1, "It belongs to Mr."},
         // Printed lines are joined with a blank; Chinese without one.
-        {{}, 2, "Slowly, page after page and note after note, my vocab- ulary grew."},
+        // A word broken at a line end is whole again.
+        {{}, 2, "Slowly, page after page and note after note, my vocabulary grew."},
         {{}, 3, "遇到不认识的词，我先猜一猜，然后再查词典。"},
         {{"--sections"}, 3, "我每天读十页英文书。遇到不认识的词，我先猜一猜，然后再查词典。一本旧词典，也可以是一位新老师。"},
         {{"--sections"}, 3, "them by heart:"},
@@ -97,6 +102,22 @@ TEST(SentencesCommand, JsonGivesLineEndsAndOneRectanglePerCharacter)
         }
     }
     EXPECT_TRUE(sawVocabulary) << run.out.toStdString();
+}
+
+// A typeset two-column page reads as its prose, sentence for sentence: the
+// columns one after the other, words broken at line ends whole again, and
+// compounds the dictionary knows ("second-hand") keeping their hyphen.
+TEST(SentencesCommand, ATwoColumnPageReadsAsItsProse)
+{
+    lexicorn::testing::TempHome home;
+    for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
+        QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home.dictPath(name));
+    const QString pdf = lexicorn::testing::typesetPdf(home.path(), QStringLiteral("paper"),
+                                                      lexicorn::testing::twoColumnSource(false));
+    const auto run = runLexicorn({"sentences", "--pdf", pdf, "--page", "1"});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const QStringList expected = QStringList{lexicorn::testing::twoColumnTitle} + lexicorn::testing::twoColumnProse();
+    EXPECT_EQ(run.out.trimmed().split(u'\n'), expected);
 }
 
 }  // namespace

@@ -288,6 +288,13 @@ DictDataPtr EnWordServer::query(const QString& word, const QString& quoteSentenc
     return DictData::make(word, quoteSentence, records ? RecordCache(dict).entriesOf(*records) : EnWordList{});
 }
 
+bool EnWordServer::knows(const QString& word)
+{
+    const QString lower = word.toLower();
+    const std::shared_ptr<const CacheDict> dict = cacheDict();
+    return dict->contains(word) || dict->contains(lower) || wordforms()->headwordFor(lower).has_value();
+}
+
 std::shared_ptr<HookEnWordData> EnWordServer::query(const QString& word)
 {
     return legacyRecordFor(word, query(word, QString()));

@@ -69,6 +69,10 @@ public:
     // The older entry point: the legacy record built from the same entries.
     std::shared_ptr<HookEnWordData> query(const QString& word);
 
+    // Whether the word (any case) is a headword of the current dictionary
+    // or one of the word forms.
+    bool knows(const QString& word);
+
     QStringList findLinkInDict(const QString& word) const;
     QStringList findLinkInDict(const QStringList& words) const;
     QStringList findAllLinkInDict(const QString& word) const;

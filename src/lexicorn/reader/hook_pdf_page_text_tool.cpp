@@ -1,6 +1,7 @@
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace lexicorn {
@@ -40,6 +41,50 @@ bool endsSentenceBeforeBlank(char16_t c)
     return c == u'!' || c == u'.' || c == u';' || c == u'?';
 }
 
+// A line of digits alone: a margin line number or a page number. It is a
+// line of its own and never part of a body sentence.
+bool isNumberLine(const CharLine& line)
+{
+    bool digits = false;
+    for (const CharRecord& record : line) {
+        if (record.ch >= u'0' && record.ch <= u'9')
+            digits = true;
+        else if (record.ch != u' ')
+            return false;
+    }
+    return digits;
+}
+
+// The page's lines come column by column. A block is a run of lines each
+// below the one before and overlapping it sideways: a column, or a piece of
+// one. Lines are measured against their own block, so a short last line and
+// a wide gap mean the same in every column of the page.
+struct Block {
+    int first = 0;
+    int last = 0;  // inclusive
+    int size() const { return last - first + 1; }
+};
+
+std::vector<Block> blocksOf(const std::vector<QRectF>& extents)
+{
+    std::vector<Block> blocks;
+    const int count = int(extents.size());
+    for (int i = 0; i < count; ++i) {
+        const QRectF& line = extents[std::size_t(i)];
+        if (!blocks.empty()) {
+            const QRectF& above = extents[std::size_t(i - 1)];
+            const bool below = line.center().y() > above.bottom() - above.height() / 4;
+            const bool beside = std::min(line.right(), above.right()) > std::max(line.left(), above.left());
+            if (below && beside) {
+                blocks.back().last = i;
+                continue;
+            }
+        }
+        blocks.push_back({i, i});
+    }
+    return blocks;
+}
+
 // What the page measurements say about each line: whether it closes a
 // section. Also gives the body-text character height.
 std::vector<bool> sectionEnds(const PageLines& lines, double& bodyHeight)
@@ -62,7 +107,8 @@ std::vector<bool> sectionEnds(const PageLines& lines, double& bodyHeight)
         rightEdges[std::size_t(i)] = extent.x() + extent.width();
         lineHeights[std::size_t(i)] = HookPDFPageTextTool::findMedian(heights.data(), int(heights.size()));
     }
-    bodyHeight = HookPDFPageTextTool::findMedian(lineHeights.data(), count);
+    std::vector<double> bodyHeights = lineHeights;  // findMedian reorders its array
+    bodyHeight = HookPDFPageTextTool::findMedian(bodyHeights.data(), count);
     if (count < 2)
         return closes;
 
@@ -71,17 +117,44 @@ std::vector<bool> sectionEnds(const PageLines& lines, double& bodyHeight)
     auto gapAfter = [&](int i) {
         return extents[std::size_t(i + 1)].top() - extents[std::size_t(i)].bottom();
     };
-    double smallestGap = gapAfter(0);
-    for (int i = 1; i + 1 < count; ++i)
-        smallestGap = std::min(smallestGap, gapAfter(i));
-    smallestGap = std::max(smallestGap, smallestGapFloor);
+    const std::vector<Block> blocks = blocksOf(extents);
+    std::vector<double> scratch;
+    std::vector<double> blockHeights(blocks.size());
+    std::vector<double> medianRightEdges(blocks.size());
+    for (std::size_t b = 0; b < blocks.size(); ++b) {
+        const Block& block = blocks[b];
+        scratch.assign(lineHeights.begin() + block.first, lineHeights.begin() + block.last + 1);
+        blockHeights[b] = HookPDFPageTextTool::findMedian(scratch.data(), block.size());
+        scratch.assign(rightEdges.begin() + block.first, rightEdges.begin() + block.last + 1);
+        medianRightEdges[b] = HookPDFPageTextTool::findMedian(scratch.data(), block.size());
+    }
 
-    std::vector<double> edges = rightEdges;  // findMedian reorders its array
-    const double medianRightEdge = HookPDFPageTextTool::findMedian(edges.data(), count);
-    for (int i = 0; i < count; ++i) {
-        const bool wideGap = i + 1 < count && gapAfter(i) > smallestGap + sectionGapMargin;
-        const bool shortLine = rightEdges[std::size_t(i)] < medianRightEdge - shortLineMargin;
-        closes[std::size_t(i)] = wideGap || shortLine;
+    for (std::size_t b = 0; b < blocks.size(); ++b) {
+        const Block& block = blocks[b];
+        if (block.size() < 2) {
+            closes[std::size_t(block.first)] = true;
+            continue;
+        }
+        double smallestGap = gapAfter(block.first);
+        for (int i = block.first + 1; i < block.last; ++i)
+            smallestGap = std::min(smallestGap, gapAfter(i));
+        smallestGap = std::max(smallestGap, smallestGapFloor);
+        for (int i = block.first; i <= block.last; ++i) {
+            const bool wideGap = i < block.last && gapAfter(i) > smallestGap + sectionGapMargin;
+            const bool shortLine = rightEdges[std::size_t(i)] < medianRightEdges[b] - shortLineMargin;
+            closes[std::size_t(i)] = wideGap || shortLine || isNumberLine(lines[std::size_t(i)]);
+        }
+        // A column's last line runs on into the next column when that is
+        // body text of the same size starting higher up the page; a running
+        // head, a footnote or a caption after it is not the same sentence.
+        if (b + 1 < blocks.size()) {
+            const Block& next = blocks[b + 1];
+            const double height = blockHeights[b];
+            const bool sameSize = std::fabs(blockHeights[b + 1] - height) <= height / 4;
+            const bool higherUp = extents[std::size_t(next.first)].top() < extents[std::size_t(block.last)].top();
+            const bool runsOn = next.size() >= 2 && sameSize && higherUp && !isNumberLine(lines[std::size_t(next.first)]);
+            closes[std::size_t(block.last)] = closes[std::size_t(block.last)] || !runsOn;
+        }
     }
     return closes;
 }

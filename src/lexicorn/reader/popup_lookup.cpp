@@ -5,6 +5,7 @@
 #include "lexicorn/reader/popup_support.h"
 
 #include "lexicorn/anki/sync/card_sync.h"
+#include "lexicorn/reader/broken_words.h"
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/render/markup.h"
@@ -135,7 +136,9 @@ void popDict(Object& self, const Notification& notification)
     const std::optional<Sentence> found = sentenceAt(pageSentences(self, false), anchor);
     if (!found)
         return;
-    const QString sentence = pdfRepair(send<QString>(self, "sentenceWithDict:", *found));
+    // The quote reads as the book does: words broken at a line end are whole.
+    const Sentence whole = withBrokenWordsJoined(*found, [&server](const QString& w) { return server.knows(w); });
+    const QString sentence = pdfRepair(send<QString>(self, "sentenceWithDict:", whole));
 
     const DictDataPtr data = server.query(word, sentence);
     send<void>(*table, "setDictData:", data);
