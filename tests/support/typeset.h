@@ -15,10 +15,12 @@ namespace lexicorn::testing {
 
 // The prose of the two-column page, one sentence per entry. Its long words
 // and compounds ("second-hand", "well-known") fall at line ends here and
-// there, so the typesetter breaks some of them.
+// there, so the typesetter breaks some of them, and a sentence runs on from
+// the foot of the first column to the top of the second.
 inline QStringList twoColumnProse()
 {
     const QStringList sentences{
+        "Every learner keeps a notebook of new words and phrases.",
         "The document itself describes how a learner reads a paper that was typeset in two columns.",
         "Every sentence runs down the first column before it continues at the top of the second one.",
         "Hyphenation breaks long words such as understanding, international and communication at the ends of lines.",

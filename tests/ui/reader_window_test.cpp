@@ -18,7 +18,9 @@
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
 
+#include "host/pdf/pdf_objc_api.h"
 #include "lexicorn/dictionary/records.h"
+#include "lexicorn/reader/hook_pdf_page_text_tool.h"
 #include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/note_format.h"
 #include "lexicorn/render/styled_text.h"
@@ -32,12 +34,15 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QProcess>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+
+#include "support/typeset.h"
 
 namespace lexicorn {
 namespace {
@@ -295,6 +300,68 @@ TEST_F(ReaderWindowTest, ThePopupKeepsClearOfTheSelectionAndCorrectingReplacesOn
     ASSERT_TRUE(window_->openFile(sampleBook));
     EXPECT_EQ(window_->hud().currentText(), expected + QStringLiteral(" 文件未找到，正确路径已复制到剪切板！"));
     EXPECT_EQ(QApplication::clipboard()->text(), expected);
+}
+
+// A word of a sentence that runs on from the foot of the first column to the
+// top of the second, standing in the second column; and that sentence.
+QRectF wordAfterColumnBreak(const QString& pdf, const QString& wanted, QString& sentenceText)
+{
+    const host::PdfObjCAPI document(pdf);
+    for (const Sentence& sentence : HookPDFPageTextTool::cutSentences(document.textContentsForPageNo_(1), nullptr)) {
+        std::size_t start = 1;
+        while (start < sentence.size() && sentence[start].rect.top() >= sentence[start - 1].rect.top() - 100)
+            ++start;
+        QString after;
+        for (std::size_t i = start; i < sentence.size(); ++i)
+            after.append(QChar(sentence[i].ch));
+        const qsizetype at = start < sentence.size() ? after.indexOf(wanted) : -1;
+        if (at < 0)
+            continue;
+        QRectF word;
+        for (qsizetype k = at; k < at + wanted.size(); ++k)
+            word = word.united(sentence[start + std::size_t(k)].rect);
+        for (const CharRecord& record : sentence)
+            sentenceText.append(QChar(record.ch));
+        return word;
+    }
+    return {};
+}
+
+// On a typeset two-column page a word quotes its whole sentence, also where
+// the sentence runs on from one column into the next. Scrolled on to the
+// next page before a sense is clicked, the card still highlights and keeps
+// the sentence of the page the word was selected on.
+TEST_F(ReaderWindowTest, ATwoColumnPageQuotesWholeSentencesAndCardsStayOnTheirPage)
+{
+    start(true);
+    const QString pdf = testing::typesetPdf(home_.path(), QStringLiteral("paper"),
+                                            testing::twoColumnSource(false) + QStringLiteral(".bp\n.PP\nA second page.\n"));
+    ASSERT_TRUE(window_->openFile(pdf));
+    QString printed;
+    const QRectF word = wordAfterColumnBreak(pdf, QStringLiteral("sentences"), printed);
+    ASSERT_FALSE(word.isEmpty()) << "no sentence runs from one column into the next with the word";
+    ASSERT_TRUE(lookUp(word));
+    const ObjectRef table = popupTable();
+    ASSERT_TRUE(table);
+    const QString quote = send<DictDataPtr>(*table, "dictData")->quoteSentence();
+    EXPECT_TRUE(testing::twoColumnProse().contains(quote.trimmed())) << quote.toStdString();
+    EXPECT_EQ(testing::lettersOf(quote), testing::lettersOf(printed));
+    QTest::qWait(500);  // the page image is rendered in the background
+    saveScreenshot(*window_, QStringLiteral("reader-two-columns"));
+
+    QScrollBar* scroller = window_->canvas().verticalScrollBar();
+    scroller->setValue(scroller->maximum());
+    QTest::qWait(50);
+    ASSERT_EQ(send<int>(*app_.bookView, "currentPageNo"), 2);
+    ASSERT_TRUE(popupTable()) << "the popup stays open while the book scrolls";
+    const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
+    ASSERT_TRUE(cell);
+    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
+    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    const std::vector<host::MbBookNote> notes = app_.notebook->notes();
+    ASSERT_EQ(notes.size(), 1u);
+    EXPECT_EQ(notes.front().pageNo(), 1);
+    EXPECT_EQ(testing::lettersOf(notes.front().highlight_text()), testing::lettersOf(printed));
 }
 
 TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)

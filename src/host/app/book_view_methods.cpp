@@ -15,6 +15,7 @@
 #include <QSizeF>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 namespace lexicorn::host {
@@ -58,6 +59,24 @@ std::vector<QRectF> selectionRects(const BookViewObject& self)
     if (self.selectsText)
         return lineRects(pageLinesOf(self, self.selectionPage), self.textSelection);
     return self.selectionRect.isEmpty() ? std::vector<QRectF>() : std::vector<QRectF>{self.selectionRect};
+}
+
+// The selection's two points move onto its first and last characters, so
+// whatever asks where the selection is (the quote's anchor, a card's
+// highlight) finds its characters, not the margin the drag started in.
+void snapToSelectedCharacters(BookViewObject& self, const PageLines& lines)
+{
+    if (self.textSelection.isEmpty)
+        return;
+    const auto centreOf = [&lines](const CharPlace& place) {
+        return lines[std::size_t(place.line)][std::size_t(place.index)].rect.center();
+    };
+    const QPointF first = centreOf(self.textSelection.first);
+    const QPointF last = centreOf(self.textSelection.last);
+    if (std::isfinite(first.x()) && std::isfinite(first.y()) && std::isfinite(last.x()) && std::isfinite(last.y())) {
+        self.selectionStart = first;
+        self.selectionEnd = last;
+    }
 }
 
 QRectF unionOf(const std::vector<QRectF>& rects)
@@ -138,6 +157,7 @@ void registerSelection(runtime::Runtime& runtime, runtime::Class& view)
                               const PageLines lines = pageLinesOf(self, self.selectionPage);
                               self.textSelection = selectBetween(lines, self.selectionStart, self.selectionEnd, wholeWord);
                               self.selectionRect = unionOf(lineRects(lines, self.textSelection));
+                              snapToSelectedCharacters(self, lines);
                           } else {
                               self.selectionRect = QRectF(self.selectionStart, self.selectionEnd).normalized();
                           }
@@ -248,9 +268,14 @@ void registerNavigation(runtime::Runtime& runtime, runtime::Class& view)
             self.display->showPlace(self.currentPage, rect.normalized());
     }));
     // A tap on a word of the page: "OpenHotword" carries the word.
+    // A tap inside the selection stands for the word the user looked up, which
+    // the selection may since have grown around (a card selects its sentence).
     runtime.addMethod(view, "tapHotWord:", makeImp([](BookViewObject& self, QPointF point) {
         const QPointF onPage = self.display ? self.display->viewToPage(self.currentPage, point) : point;
-        const QString word = wordAt(pageLinesOf(self, self.currentPage), onPage);
+        const bool inSelection = self.selectionPage > 0 && self.selectionRect.contains(onPage);
+        const QString word = inSelection && !self.lookedUpWord.isEmpty()
+            ? self.lookedUpWord
+            : wordAt(pageLinesOf(self, self.selectionPage > 0 ? self.selectionPage : self.currentPage), onPage);
         if (!word.isEmpty())
             NotificationCenter::defaultCenter().postNotificationName(
                 QStringLiteral("OpenHotword"), self.shared_from_this(), {{QStringLiteral("string"), word}});

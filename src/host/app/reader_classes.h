@@ -81,6 +81,9 @@ public:
     QRectF selectionRect;
     TextSelection textSelection;
     bool selectsText = false;
+    // The text the user last selected for a lookup; a tap inside the
+    // selection afterwards stands for it.
+    QString lookedUpWord;
 
     std::shared_ptr<runtime::Object> focusNote;  // the note last made or chosen
     int highlightMode = 0;  // 1: the highlighter is on, a selection is highlighted at once

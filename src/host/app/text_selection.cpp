@@ -1,5 +1,7 @@
 #include "host/app/text_selection.h"
 
+#include "host/pdf/reading_order.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -45,12 +47,22 @@ void forEachSelected(const PageLines& lines, const TextSelection& selection, Vis
 
 std::optional<CharPlace> charNear(const PageLines& lines, const QPointF& point)
 {
+    // On a page set in columns, only the lines of the point's column (and
+    // those across the columns) count: the line beside it in the next column
+    // sits at the same height.
+    const std::vector<Gutter> gutters = findGutters(lines);
+    const auto columnOf = [&gutters](double x) {
+        return std::count_if(gutters.begin(), gutters.end(), [x](const Gutter& g) { return (g.left + g.right) / 2 < x; });
+    };
+    const auto pointColumn = columnOf(point.x());
     int bestLine = -1;
     double bestDistance = std::numeric_limits<double>::max();
     for (int i = 0; i < static_cast<int>(lines.size()); ++i) {
         if (lines[i].empty())
             continue;
         const QRectF band = lineBand(lines[i]);
+        if (!gutters.empty() && (columnOf(band.left()) > pointColumn || columnOf(band.right()) < pointColumn))
+            continue;
         const double distance = distanceOutside(point.y(), band.top(), band.bottom());
         if (distance < bestDistance) {
             bestDistance = distance;

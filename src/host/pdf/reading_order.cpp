@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numeric>
 #include <tuple>
 
@@ -239,6 +240,17 @@ PageLines inReadingOrder(PageLines pieces)
         }
         places[i] = place;
         previous = place;
+    }
+    // A column of margin line numbers is read after the text beside it, so a
+    // sentence runs on from one column of text into the next undisturbed.
+    std::map<std::pair<std::size_t, std::size_t>, bool> numbersOnly;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        auto [entry, added] = numbersOnly.try_emplace({places[i].band, places[i].column}, true);
+        entry->second = entry->second && isNumberLine(lines[i]);
+    }
+    for (Place& place : places) {
+        if (numbersOnly[{place.band, place.column}])
+            place.column += gutters.size() + 1;
     }
     std::vector<std::size_t> order(lines.size());
     std::iota(order.begin(), order.end(), std::size_t(0));

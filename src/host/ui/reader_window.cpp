@@ -387,8 +387,10 @@ void ReaderWindow::pageReleased(int pageIndex, QPointF point)
     }
     pageDragged(pageIndex, point);
     dragged_ = false;
-    if (send<QString>(book, "selectionText").isEmpty())
+    const QString selected = send<QString>(book, "selectionText");
+    if (selected.isEmpty())
         return;
+    book.lookedUpWord = selected.trimmed();
     if (send<int>(book, "highlightMode") == 1) {
         send<void>(book, "highlight:", std::string("highlighter"));
         return;

@@ -21,4 +21,18 @@ using PageLines = std::vector<CharLine>;      // a page's lines in reading order
 using Sentence = std::vector<CharRecord>;     // also used for a section
 using Sentences = std::vector<Sentence>;
 
+// A line of digits alone: a margin line number or a page number, a line of
+// its own that is never part of a body sentence.
+inline bool isNumberLine(const CharLine& line)
+{
+    bool digits = false;
+    for (const CharRecord& record : line) {
+        if (record.ch >= u'0' && record.ch <= u'9')
+            digits = true;
+        else if (record.ch != u' ')
+            return false;
+    }
+    return digits;
+}
+
 }  // namespace lexicorn

@@ -41,20 +41,6 @@ bool endsSentenceBeforeBlank(char16_t c)
     return c == u'!' || c == u'.' || c == u';' || c == u'?';
 }
 
-// A line of digits alone: a margin line number or a page number. It is a
-// line of its own and never part of a body sentence.
-bool isNumberLine(const CharLine& line)
-{
-    bool digits = false;
-    for (const CharRecord& record : line) {
-        if (record.ch >= u'0' && record.ch <= u'9')
-            digits = true;
-        else if (record.ch != u' ')
-            return false;
-    }
-    return digits;
-}
-
 // The page's lines come column by column. A block is a run of lines each
 // below the one before and overlapping it sideways: a column, or a piece of
 // one. Lines are measured against their own block, so a short last line and

@@ -102,7 +102,7 @@ ObjectRef targetReader(Object& self)
     send<void>(*target, "setSelectionEndPoint:", end);
     send<void>(*target, "setSelectionPageNo:", send<int>(self, "selectionPageNo"));
     send<void>(*target, "setSelectionMode:", send<int>(self, "selectionMode"));
-    send<void>(*target, "openLinkWithPdfPageNo:rect:", send<int>(self, "currentPageNo"), QRectF(start, end).normalized());
+    send<void>(*target, "openLinkWithPdfPageNo:rect:", selectionPage(self), QRectF(start, end).normalized());
     return target;
 }
 
@@ -243,10 +243,11 @@ void tapOnRow(Object& self, Object& table, IndexPath path)
     if (flag(self, "isCorrecting")) {
         send<void>(*target, "setPDFSelection:texSelMode:wholeWord:", true, true, true);
     } else {
-        const std::optional<Sentence> sentence = sentenceAt(pageSentences(self, false), selectionAnchor(self));
+        const int page = selectionPage(self);
+        const std::optional<Sentence> sentence = sentenceAt(pageSentences(self, page, false), selectionAnchor(self));
         if (!sentence)
             return;
-        selectLines(*target, sentenceLineRects(*sentence));
+        selectLines(*target, sentenceLineRects(*sentence), page);
     }
     const QRectF selected = send<QRectF>(*target, "selectionRect");
 

@@ -133,7 +133,7 @@ void popDict(Object& self, const Notification& notification)
         return;
     }
 
-    const std::optional<Sentence> found = sentenceAt(pageSentences(self, false), anchor);
+    const std::optional<Sentence> found = sentenceAt(pageSentences(self, selectionPage(self), false), anchor);
     if (!found)
         return;
     // The quote reads as the book does: words broken at a line end are whole.

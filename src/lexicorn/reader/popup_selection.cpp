@@ -43,11 +43,12 @@ void selectAtPoint(Object& self, QPointF point, const ObjectRef& pageView, bool 
     if (kind != "PDFPageScrollView" && kind != "UIScrollView")
         return;
     const QPointF onPage = send<QPointF>(*pageView, "viewToCvt:", point);
-    send<void>(self, "setCurrentPageNo:", send<int>(*pageView, "pageNo"));
-    const std::optional<Sentence> found = sentenceAt(pageSentences(self, section), onPage);
+    const int page = send<int>(*pageView, "pageNo");
+    send<void>(self, "setCurrentPageNo:", page);
+    const std::optional<Sentence> found = sentenceAt(pageSentences(self, page, section), onPage);
     if (!found)
         return;
-    selectLines(self, sentenceLineRects(*found));
+    selectLines(self, sentenceLineRects(*found), page);
 
     if (send<int>(self, "highlightMode") == 1) {
         send<void>(self, "highlight:", std::string());

@@ -133,10 +133,15 @@ QPointF anchorInWindow(runtime::Object& controller, const QPointF& anchor)
     return send<QPointF>(*imageView, "convertPoint:toView:", inImage, ObjectRef());
 }
 
-Sentences pageSentences(runtime::Object& controller, bool sections)
+int selectionPage(runtime::Object& controller)
+{
+    const int page = send<int>(controller, "selectionPageNo");
+    return page > 0 ? page : send<int>(controller, "currentPageNo");
+}
+
+Sentences pageSentences(runtime::Object& controller, int pageNo, bool sections)
 {
     const std::int64_t viewHandle = send<std::int64_t>(controller, "pdfViewHandle");
-    const int pageNo = send<int>(controller, "currentPageNo");
     const QString md5 = send<QString>(controller, "currentBookMd5");
     return sections ? HookPDFPageTextTool::sectionWithViewHandle_pageNo_bookMD5_(viewHandle, pageNo, md5)
                     : HookPDFPageTextTool::sentenceWithViewHandle_pageNo_bookMD5_(viewHandle, pageNo, md5);
@@ -178,7 +183,7 @@ std::vector<QRectF> sentenceLineRects(const Sentence& sentence)
     return lines;
 }
 
-void selectLines(runtime::Object& controller, const std::vector<QRectF>& lines)
+void selectLines(runtime::Object& controller, const std::vector<QRectF>& lines, int pageNo)
 {
     if (lines.empty())
         return;
@@ -186,7 +191,7 @@ void selectLines(runtime::Object& controller, const std::vector<QRectF>& lines)
     const QRectF& last = lines.back();
     send<void>(controller, "setSelectionStartPoint:", QPointF(first.x() + 2.0, first.center().y()));
     send<void>(controller, "setSelectionEndPoint:", QPointF(last.right() - 3.0, last.center().y()));
-    send<void>(controller, "setSelectionPageNo:", send<int>(controller, "currentPageNo"));
+    send<void>(controller, "setSelectionPageNo:", pageNo);
     send<void>(controller, "setSelectionMode:", 2);
     send<void>(controller, "setPDFSelection:texSelMode:wholeWord:", true, true, true);
 }

@@ -76,15 +76,18 @@ QPointF selectionAnchor(runtime::Object& controller);
 // The anchor in window coordinates, through the current page's image view.
 QPointF anchorInWindow(runtime::Object& controller, const QPointF& anchor);
 
-// The sentences (or sections) of the controller's current page.
-Sentences pageSentences(runtime::Object& controller, bool sections);
+// The sentences (or sections) of a page of the controller's book.
+Sentences pageSentences(runtime::Object& controller, int pageNo, bool sections);
+// The page the controller's selection is on. The quote, the highlight and the
+// card all come from it, even when the reader has scrolled on since.
+int selectionPage(runtime::Object& controller);
 // The first sentence having a character whose rectangle holds the point.
 std::optional<Sentence> sentenceAt(const Sentences& sentences, const QPointF& point);
 // The text of a sentence: each character, and a blank after each line end.
 QString sentenceText(const Sentence& sentence);
 // One rectangle per line of a sentence: characters accumulate until a line end.
 std::vector<QRectF> sentenceLineRects(const Sentence& sentence);
-// Selects the running text from the first line rectangle to the last one.
-void selectLines(runtime::Object& controller, const std::vector<QRectF>& lines);
+// Selects the running text from the first line rectangle to the last one, on the page.
+void selectLines(runtime::Object& controller, const std::vector<QRectF>& lines, int pageNo);
 
 }  // namespace lexicorn::popup
