@@ -30,6 +30,7 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QTest>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QPainter>
@@ -139,7 +140,7 @@ public:
         window_ = std::make_unique<host::ui::ReaderWindow>(app_);
         window_->resize(1400, 900);
         window_->show();
-        ok_ = window_->openFile(book);
+        ok_ = window_->openFile(book) && QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000);
         runtime::send<void>(*app_.bookView, "setEnableDict:", true);
         words_ = host::ui::wordsOnPage(book, 1, 4);
     }

@@ -42,6 +42,7 @@ void ReaderSession::start(const TempHome& home, ReaderOptions options)
     window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     ASSERT_TRUE(window->openFile(sampleBook));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window->isBookReady(); }, 10000));
     alerts.clear();
 }
 

@@ -298,6 +298,7 @@ TEST_F(ReaderWindowTest, ThePopupKeepsClearOfTheSelectionAndCorrectingReplacesOn
         QFile::remove(home_.dictPath(name));
     QApplication::clipboard()->clear();
     ASSERT_TRUE(window_->openFile(sampleBook));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     EXPECT_EQ(window_->hud().currentText(), expected + QStringLiteral(" 文件未找到，正确路径已复制到剪切板！"));
     EXPECT_EQ(QApplication::clipboard()->text(), expected);
 }
@@ -337,6 +338,7 @@ TEST_F(ReaderWindowTest, ATwoColumnPageQuotesWholeSentencesAndCardsStayOnTheirPa
     const QString pdf = testing::typesetPdf(home_.path(), QStringLiteral("paper"),
                                             testing::twoColumnSource(false) + QStringLiteral(".bp\n.PP\nA second page.\n"));
     ASSERT_TRUE(window_->openFile(pdf));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     QString printed;
     const QRectF word = wordAfterColumnBreak(pdf, QStringLiteral("sentences"), printed);
     ASSERT_FALSE(word.isEmpty()) << "no sentence runs from one column into the next with the word";
@@ -491,6 +493,7 @@ TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
 {
     start(true);
     ASSERT_TRUE(window_->openFile(writeBookWithContents(home_.path())));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     const ObjectRef contents = window_->contentsTable();
     QWidget* pane = host::ui::widgetOf(contents);
     ASSERT_TRUE(pane->isVisible());
@@ -510,6 +513,7 @@ TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
 
     // The sample book has no outline: the pane goes away.
     ASSERT_TRUE(window_->openFile(sampleBook));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     EXPECT_FALSE(pane->isVisible());
 }
 

@@ -37,7 +37,9 @@ void openBook(BookViewObject& self, const QString& md5, int pageNo)
         logLine(QStringLiteral("reader: no book with MD5 %1").arg(md5));
         return;
     }
-    auto document = std::make_unique<PdfObjCAPI>(book->path);
+    std::unique_ptr<PdfObjCAPI> document = std::move(self.openingDocument);
+    if (!document || document->path() != book->path)
+        document = std::make_unique<PdfObjCAPI>(book->path);
     if (!document->isOpen()) {
         logLine(QStringLiteral("reader: %1 does not open as a PDF").arg(book->path));
         return;

@@ -69,6 +69,9 @@ class BookViewObject : public ViewControllerObject {
 public:
     explicit BookViewObject(runtime::Class& cls) : ViewControllerObject(cls) {}
     std::unique_ptr<PdfObjCAPI> document;
+    // A document the window has already opened for the next openBook of the
+    // same file, so the PDF is not opened twice.
+    std::unique_ptr<PdfObjCAPI> openingDocument;
     QString bookMd5;
     int currentPage = 0;
 

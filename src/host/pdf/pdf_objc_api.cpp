@@ -51,7 +51,7 @@ void appendWord(const Poppler::TextBox& word, CharLine& line)
 }  // namespace
 
 PdfObjCAPI::PdfObjCAPI(const QString& pdfPath)
-    : document_(Poppler::Document::load(pdfPath)), viewHandle_(nextViewHandle())
+    : path_(pdfPath), document_(Poppler::Document::load(pdfPath)), viewHandle_(nextViewHandle())
 {
     if (document_ && document_->isLocked())
         document_.reset();

@@ -30,6 +30,7 @@ public:
     static PdfObjCAPI* withViewHandle(std::int64_t viewHandle);
 
     std::int64_t viewHandle() const { return viewHandle_; }
+    const QString& path() const { return path_; }
     // False when the file could not be read as an unlocked PDF.
     bool isOpen() const { return document_ != nullptr; }
     int pageCount() const;
@@ -55,6 +56,7 @@ private:
     // every mouse move.
     mutable QCache<int, PageLines> textCache_{8};
     mutable std::optional<std::vector<OutlineEntry>> outline_;
+    QString path_;
     std::unique_ptr<Poppler::Document> document_;
     std::int64_t viewHandle_;
 };

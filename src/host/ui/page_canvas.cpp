@@ -61,6 +61,7 @@ PageCanvas::PageCanvas(QWidget* parent)
     verticalScrollBar()->setSingleStep(kLineStep);
     horizontalScrollBar()->setSingleStep(kLineStep);
     connect(renderer_.get(), &PageRenderer::pageRendered, this, &PageCanvas::imageArrived);
+    connect(renderer_.get(), &PageRenderer::pageSizesRead, this, &PageCanvas::pageSizesArrived);
     autoScroll_.setInterval(30);
     connect(&autoScroll_, &QTimer::timeout, this, &PageCanvas::autoScrollStep);
 }
@@ -80,19 +81,16 @@ bool PageCanvas::openDocument(const QString& path, QString* error)
     const int count = document->numPages();
     if (count <= 0)
         return fail(error, kNoPages);
-    // Every page's size is read now, on this thread: Poppler reads a page's
-    // dictionary without parsing its content, about 10 µs a page, so a
-    // 1000-page book costs some 10 ms. Knowing all sizes up front keeps the
-    // strip's geometry exact and the scroll bar honest from the start. The
-    // document is then dropped; the renderer loads its own on its thread.
-    std::vector<QSizeF> sizes(std::size_t(count), QSizeF(612, 792));
-    for (int i = 0; i < count; ++i) {
-        if (std::unique_ptr<Poppler::Page> page = document->page(i)) {
-            const QSizeF size = page->pageSizeF();
-            if (size.width() >= 1 && size.height() >= 1)
-                sizes[std::size_t(i)] = size;
-        }
+    // Until the renderer has read every page's size on its thread, every
+    // page is taken to be as large as the first: the first page shows at
+    // once, however many pages the book has.
+    QSizeF first(612, 792);
+    if (std::unique_ptr<Poppler::Page> page = document->page(0)) {
+        const QSizeF size = page->pageSizeF();
+        if (size.width() >= 1 && size.height() >= 1)
+            first = size;
     }
+    std::vector<QSizeF> sizes(std::size_t(count), first);
     document.reset();
 
     static std::uint64_t lastId = 0;
@@ -108,6 +106,28 @@ bool PageCanvas::openDocument(const QString& path, QString* error)
     scheduleRequests();
     viewport()->update();
     return true;
+}
+
+void PageCanvas::pageSizesArrived(std::uint64_t documentId, const std::vector<QSizeF>& sizes)
+{
+    if (documentId != documentId_ || sizes.size() != std::size_t(pageCount()))
+        return;
+    bool same = true;
+    for (std::size_t i = 0; i < sizes.size() && same; ++i)
+        same = sizes[i] == pageSize(int(i));
+    if (same)
+        return;
+    // Images drawn at the guessed sizes are drawn again; the same place of
+    // the same page stays at the top of the view.
+    cache_.clear();
+    const double position = pagePosition();
+    layout_.setPageSizes(sizes);
+    zoom_ = mode_ == ZoomMode::Free ? zoom_ : fitZoom(mode_);
+    layout_.setGeometry(zoom_, viewport()->width());
+    updateScrollBars();
+    setPagePosition(position);
+    scheduleRequests();
+    viewport()->update();
 }
 
 void PageCanvas::closeDocument()

@@ -135,6 +135,7 @@ private:
     // Whether the cached image of the page is at the scale and covers the part.
     bool hasImage(int page, double scale, double dpr, const QRectF& needed) const;
     void imageArrived(const RenderedPage& page);
+    void pageSizesArrived(std::uint64_t documentId, const std::vector<QSizeF>& sizes);
     void updateCurrentPage();
     QPointF clampedPagePoint(int page, QPoint viewportPos) const;
     void autoScrollStep();

@@ -27,6 +27,7 @@ QRectF requestCoverage(const RenderRequest& r)
 PageRenderer::PageRenderer(QObject* parent) : QObject(parent)
 {
     qRegisterMetaType<RenderedPage>();
+    qRegisterMetaType<std::vector<QSizeF>>();
     thread_ = std::thread([this] { run(); });
 }
 
@@ -101,6 +102,21 @@ QImage PageRenderer::renderPage(const Poppler::Page& page, const RenderRequest& 
     return image;
 }
 
+// Poppler reads a page's dictionary without parsing its content, some 20 µs
+// a page. A page with no usable size is shown as a letter page.
+static std::vector<QSizeF> pageSizesOf(const Poppler::Document& document)
+{
+    std::vector<QSizeF> sizes(std::size_t(std::max(0, document.numPages())), QSizeF(612, 792));
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        if (std::unique_ptr<Poppler::Page> page = document.page(int(i))) {
+            const QSizeF size = page->pageSizeF();
+            if (size.width() >= 1 && size.height() >= 1)
+                sizes[i] = size;
+        }
+    }
+    return sizes;
+}
+
 void PageRenderer::run()
 {
     std::unique_ptr<Poppler::Document> document;
@@ -138,6 +154,8 @@ void PageRenderer::run()
                 }
             }
             loadedId = id;
+            if (document)
+                emit pageSizesRead(id, pageSizesOf(*document));
             continue;
         }
         QImage image;

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QRect>
 #include <QRectF>
+#include <QSizeF>
 #include <QString>
 
 #include <atomic>
@@ -75,6 +76,9 @@ public:
 
 signals:
     void pageRendered(const lexicorn::host::ui::RenderedPage& page);
+    // Every page's size in points, read on the worker once the document is
+    // loaded, so the GUI never walks a thousand pages itself.
+    void pageSizesRead(std::uint64_t documentId, const std::vector<QSizeF>& sizes);
 
 private:
     void run();

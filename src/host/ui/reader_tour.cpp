@@ -98,7 +98,7 @@ int runReaderTour(ReaderWindow& window, const QString& book, const QString& fold
     QDir().mkpath(folder);
     window.resize(1400, 900);
     window.show();
-    if (!window.openFile(book))
+    if (!window.openFile(book) || !waitFor([&window] { return window.isBookReady(); }, 10000))
         return 1;
     waitFor([] { return false; }, 300);  // the first page arrives
     save(window, folder, QStringLiteral("1-book"));

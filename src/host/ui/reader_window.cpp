@@ -10,6 +10,7 @@
 #include "host/ui/task_progress.h"
 #include "host/ui/view_kit.h"
 
+#include "foundation/dispatch.h"
 #include "foundation/notification_center.h"
 
 #include <QAction>
@@ -260,36 +261,69 @@ bool ReaderWindow::openFile(const QString& path)
         QMessageBox::warning(this, QStringLiteral("Lexicorn Reader"), QStringLiteral("Cannot open %1:\n%2").arg(path, why));
         return false;
     };
-    const std::optional<QString> md5 = MbModelTool::md5OfFile(path);
-    if (!md5)
+    if (!QFileInfo(path).isReadable())
         return fail(QStringLiteral("the file cannot be read."));
-    auto probe = std::make_unique<PdfObjCAPI>(path);
-    if (!probe->isOpen())
+    auto document = std::make_unique<PdfObjCAPI>(path);
+    if (!document->isOpen())
         return fail(QStringLiteral("it is not a PDF, or it is damaged or locked."));
-    probe.reset();
     if (!application_.notebook)
         return fail(QStringLiteral("the notebook is not open."));
-
-    rememberPage();
-    MbModelTool books(*application_.notebook);
-    const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
-    const int page = known && known->lastPage > 0 ? known->lastPage : 1;
-    books.addBook(*md5, QFileInfo(path).completeBaseName(), path);
-    studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
     QString problem;
     if (!canvas_->openDocument(path, &problem))
         return fail(problem);
-    send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
+
+    // The old book goes; the new one shows while its MD5 is worked out.
+    rememberPage();
+    send<void>(*application_.bookView, "closeBook");
+    panel_->showBook(application_.notebook, QString());
+    highlightsChanged();
+    bookReady_ = false;
     bookPath_ = path;
-    canvas_->goToPage(page - 1);
+    openingDocument_ = std::move(document);
+    setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
+    updateStatus();
+    const std::uint64_t opening = ++opening_;
+    QPointer<ReaderWindow> window(this);
+    globalQueue().async([window, opening, path] {
+        std::optional<QString> md5 = MbModelTool::md5OfFile(path);
+        mainQueue().async([window, opening, md5 = std::move(md5)] {
+            if (window)
+                window->bookHashed(opening, md5);
+        });
+    });
+    return true;
+}
+
+// The book's MD5 is its key in the notebook: now its notes, highlights and
+// reading place are known. A later openFile makes this answer stale.
+void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString>& md5)
+{
+    if (opening != opening_ || !openingDocument_)
+        return;
+    if (!md5) {
+        QMessageBox::warning(this, QStringLiteral("Lexicorn Reader"),
+                             QStringLiteral("Cannot open %1:\nthe file cannot be read.").arg(bookPath_));
+        return;
+    }
+    MbModelTool books(*application_.notebook);
+    const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
+    const int page = known && known->lastPage > 0 ? known->lastPage : 1;
+    books.addBook(*md5, QFileInfo(bookPath_).completeBaseName(), bookPath_);
+    studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
+    application_.bookView->openingDocument = std::move(openingDocument_);
+    send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
+    // The reader may have scrolled while the book was read; only an untouched
+    // first page moves on to where the book was left.
+    if (canvas_->currentPage() == 0)
+        canvas_->goToPage(page - 1);
     panel_->showBook(application_.notebook, *md5);
     showContents();
     highlightsChanged();
     books.setLastPage(*md5, page);
     buildRecentMenu();
-    setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
     updateStatus();
-    return true;
+    bookReady_ = true;
+    emit bookReady();
 }
 
 // The contents pane opens with a book that has an outline and closes with

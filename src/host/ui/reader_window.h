@@ -32,11 +32,19 @@ public:
     explicit ReaderWindow(HostApplication& application, QWidget* parent = nullptr);
     ~ReaderWindow() override;
 
-    // Opens a PDF: it becomes a book of the notebook and opens at the page
-    // where it was left. A file that is no readable PDF gets a message box
-    // and the reader keeps what it showed. False when it did not open.
+    // Opens a PDF: its first page shows at once; when its MD5 has been
+    // worked out in the background it becomes a book of the notebook (its
+    // notes, highlights and dictionary lookups) and goes to the page where it
+    // was left. A file that is no readable PDF gets a message box and the
+    // reader keeps what it showed. False when it did not open.
     bool openFile(const QString& path);
+    // Whether the book last opened is in the notebook and ready for lookups.
+    bool isBookReady() const { return bookReady_; }
 
+signals:
+    void bookReady();
+
+public:
     PageCanvas& canvas() { return *canvas_; }
     NotebookPanel& notebookPanel() { return *panel_; }
     HudOverlay& hud() { return *hud_; }
@@ -88,6 +96,7 @@ private:
     void jumpToNote(const QString& noteid);
     void updateStatus();
     void showContents();
+    void bookHashed(std::uint64_t opening, const std::optional<QString>& md5);
 
     HostApplication& application_;
     std::shared_ptr<StudyboardObject> studyboard_;
@@ -105,6 +114,11 @@ private:
     QAction* contentsAction_ = nullptr;
     QPointer<QMenu> contextMenu_;
     QString bookPath_;
+    // The file being opened: its document, handed to the book view once its
+    // MD5 is known, so the PDF is opened once on this thread.
+    std::uint64_t opening_ = 0;
+    std::unique_ptr<PdfObjCAPI> openingDocument_;
+    bool bookReady_ = false;
     int pressPage_ = -1;
     QPointF pressPoint_;
     bool dragged_ = false;
