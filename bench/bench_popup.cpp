@@ -25,6 +25,8 @@
 #include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
+#include "support/typeset.h"
+
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -235,6 +237,16 @@ void popup_sample_dictionary(benchmark::State& state)
     measure(state, QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict"), QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf"));
 }
 BENCHMARK(popup_sample_dictionary)->Iterations(lookups)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// A two-column page set by groff, the words of its first page looked up.
+void popup_two_column_page(benchmark::State& state)
+{
+    const QString folder = benchData() + QStringLiteral("/popup");
+    QDir().mkpath(folder);
+    const QString pdf = testing::typesetPdf(folder, QStringLiteral("two-columns"), testing::twoColumnSource(true));
+    measure(state, QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict"), pdf);
+}
+BENCHMARK(popup_two_column_page)->Iterations(lookups)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void popup_generated_dictionary(benchmark::State& state)
 {

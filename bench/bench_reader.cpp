@@ -23,6 +23,8 @@
 
 #include "foundation/alerts.h"
 
+#include "support/typeset.h"
+
 #include <benchmark/benchmark.h>
 #include <poppler-qt6.h>
 
@@ -30,8 +32,10 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -168,6 +172,79 @@ void open_1000_pages(benchmark::State& state)
     state.counters["open_call_ms"] = benchmark::Counter(openCallMs, benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(open_1000_pages)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A scanned book of 1000 pages (a page image each, no text), made once in
+// the data folder: a typeset page rasterised by pdftoppm, wrapped by img2pdf.
+QString scannedBookOf1000Pages()
+{
+    const QByteArray env = qgetenv("LEXICORN_BENCH_DATA");
+    const QString dir = env.isEmpty() ? QStringLiteral(LEXICORN_BENCH_DEFAULT_DATA) : QString::fromLocal8Bit(env);
+    const QString path = dir + QStringLiteral("/scanned-1000.pdf");
+    if (QFile::exists(path))
+        return path;
+    QDir().mkpath(dir);
+    const QString text = lexicorn::testing::typesetPdf(dir, QStringLiteral("scan-source"), lexicorn::testing::twoColumnSource(false));
+    const QString image = dir + QStringLiteral("/scan-page");
+    if (text.isEmpty() || QProcess::execute(QStringLiteral("pdftoppm"), {"-r", "150", "-gray", "-png", "-singlefile", text, image}) != 0)
+        return {};
+    const QStringList pages(1000, image + QStringLiteral(".png"));
+    const QString partial = path + QStringLiteral(".part");
+    if (QProcess::execute(QStringLiteral("img2pdf"), pages + QStringList{"-o", partial}) != 0)
+        return {};
+    QFile::rename(partial, path);
+    return path;
+}
+
+// The whole window, plug-in loaded: File › Open of a 1000-page book until its
+// first page is painted; the MD5 (book ready for notes and lookups) follows
+// in the background. A scanned book of some 350 MB against a text book.
+void openBookInWindow(benchmark::State& state, const QString& path)
+{
+    if (path.isEmpty()) {
+        state.SkipWithError("could not make the book (pdftoppm, img2pdf)");
+        return;
+    }
+    QTemporaryDir home;
+    qputenv("LEXICORN_HOME", home.path().toUtf8());
+    lexicorn::setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
+        if (done)
+            done();
+    });
+    lexicorn::host::HostApplication app = lexicorn::host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
+    lexicorn::host::ui::ReaderWindow window(app);
+    window.resize(kWindow);
+    window.show();
+    (void)QTest::qWaitForWindowExposed(&window);
+    double readyMs = 0;
+    for (auto _ : state) {
+        QSignalSpy rendered(&window.canvas(), &PageCanvas::pagesRendered);
+        QElapsedTimer timer;
+        timer.start();
+        if (!window.openFile(path)) {
+            state.SkipWithError("could not open the book");
+            return;
+        }
+        while (!window.canvas().visiblePagesRendered())
+            rendered.wait(1000);
+        state.SetIterationTime(timer.nsecsElapsed() / 1e9);
+        (void)QTest::qWaitFor([&window] { return window.isBookReady(); }, 60000);
+        readyMs = timer.nsecsElapsed() / 1e6;
+    }
+    state.counters["book_ready_ms"] = readyMs;
+    state.counters["file_mb"] = double(QFileInfo(path).size()) / 1048576.0;
+}
+
+void open_scanned_book_in_window(benchmark::State& state)
+{
+    openBookInWindow(state, scannedBookOf1000Pages());
+}
+BENCHMARK(open_scanned_book_in_window)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
+
+void open_text_book_in_window(benchmark::State& state)
+{
+    openBookInWindow(state, bookOf1000Pages());
+}
+BENCHMARK(open_text_book_in_window)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 
 long statusKb(const char* key)
 {

@@ -11,11 +11,15 @@
 // Google Benchmark options apply, e.g. --benchmark_repetitions=5.
 
 #include "host/pdf/pdf_objc_api.h"
+#include "host/pdf/reading_order.h"
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
+
+#include "support/typeset.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QString>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -118,6 +122,31 @@ void popplerPageText(benchmark::State& state)
     state.counters["characters"] = double(count);
 }
 BENCHMARK(popplerPageText)->Unit(benchmark::kMicrosecond);
+
+// A letter page typeset in two justified, hyphenated columns by groff: the
+// lines put in reading order (gaps between columns found, pieces of a line
+// joined) and cut into sentences, as on a first lookup on the page.
+void cutTwoColumnPage(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    const QString pdf = testing::typesetPdf(dir.path(), QStringLiteral("two-columns"), testing::twoColumnSource(true));
+    const host::PdfObjCAPI document(pdf);
+    const PageLines lines = document.textContentsForPageNo_(1);
+    if (lines.empty()) {
+        state.SkipWithError("groff did not typeset the page");
+        return;
+    }
+    std::size_t sentences = 0;
+    for (auto _ : state) {
+        const Sentences cut = HookPDFPageTextTool::cutSentences(host::inReadingOrder(lines));
+        sentences = cut.size();
+        benchmark::DoNotOptimize(cut.data());
+    }
+    state.counters["lines"] = double(lines.size());
+    state.counters["characters"] = double(characters(lines));
+    state.counters["sentences"] = double(sentences);
+}
+BENCHMARK(cutTwoColumnPage)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
