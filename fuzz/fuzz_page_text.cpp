@@ -1,4 +1,4 @@
-// Page text of any PDF to the sentence cutter, the section grouping and the
+// Page text of any PDF to the reading order (columns), the sentence cutter, the section grouping and the
 // reader's mouse selection (the characters between two points). The
 // characters and their rectangles come from the file, so nothing about them
 // can be trusted: lines may be empty, rectangles may be NaN, infinite, huge
@@ -6,9 +6,11 @@
 // invent none, and give sentences and sections that the popup can rely on.
 //
 // Input: a stream of steps, each starting with one control byte.
-//   0        a new line; the next byte (when there is one) moves the line's
-//            top by (byte - 64) / 4 points from the usual spacing, so lines
-//            may overlap or leave wide gaps.
+//   0        a new line; the next byte b (when there is one), below 128,
+//            moves the line's top by (b - 64) / 4 points from the usual
+//            spacing, so lines may overlap or leave wide gaps; from 128 on,
+//            the line stands beside the one before, b - 128 points to its
+//            right, as in a second column or after a margin number.
 //   other    one character: the low four bits pick it from `characters`, the
 //            high four bits pick its rectangle:
 //              0 to 9    laid out after the previous character, 8 + mode high
@@ -19,6 +21,7 @@
 // Missing payload bytes read as zero.
 
 #include "host/app/text_selection.h"
+#include "host/pdf/reading_order.h"
 #include "lexicorn/reader/hook_pdf_page_text_tool.h"
 
 #include <algorithm>
@@ -94,8 +97,13 @@ PageLines pageOf(const uint8_t* data, size_t size)
     while (!in.done()) {
         const uint8_t control = in.byte();
         if (control == 0) {
-            top += 14.0 + (double(in.byte()) - 64.0) / 4.0;
-            x = 40.0;
+            const uint8_t move = in.byte();
+            if (move < 128) {
+                top += 14.0 + (double(move) - 64.0) / 4.0;
+                x = 40.0;
+            } else {
+                x += double(move - 128);
+            }
             lines.emplace_back();
             continue;
         }
@@ -246,6 +254,30 @@ void checkMedian(const std::vector<double>& values)
     }
 }
 
+// The reading order moves lines and joins pieces of one printed line: every
+// character stays, once, and only blanks between joined pieces are new.
+void checkReadingOrder(const PageLines& lines, const PageLines& ordered)
+{
+    const auto characters = [](const PageLines& page) {
+        std::vector<std::vector<unsigned char>> all;
+        for (const CharLine& line : page) {
+            for (const CharRecord& record : line) {
+                if (record.ch == u' ')
+                    continue;
+                std::vector<unsigned char> bytes(sizeof record.ch + 4 * sizeof(double));
+                const double edges[4] = {record.rect.x(), record.rect.y(), record.rect.width(), record.rect.height()};
+                std::memcpy(bytes.data(), &record.ch, sizeof record.ch);
+                std::memcpy(bytes.data() + sizeof record.ch, edges, sizeof edges);
+                all.push_back(std::move(bytes));
+            }
+        }
+        std::sort(all.begin(), all.end());
+        return all;
+    };
+    check(characters(lines) == characters(ordered), "the reading order lost, doubled or changed a character");
+    check(ordered.size() <= lines.size(), "the reading order made more lines than it was given");
+}
+
 bool validPlace(const PageLines& lines, const lexicorn::host::CharPlace& place)
 {
     return place.line >= 0 && place.line < int(lines.size()) && place.index >= 0
@@ -292,6 +324,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Sentences sentences = HookPDFPageTextTool::cutSentences(lines, &bodyHeight);
     checkSentences(lines, sentences);
     checkSections(sentences, HookPDFPageTextTool::sectionsOfSentences(sentences));
+
+    // The same page as the reader gives it: in reading order, then cut.
+    const PageLines ordered = lexicorn::host::inReadingOrder(lines);
+    checkReadingOrder(lines, ordered);
+    checkSentences(ordered, HookPDFPageTextTool::cutSentences(ordered, nullptr));
 
     // The body height is the median of the lines' median heights, and an
     // empty line's median is 0: it is 0 or some character's height.

@@ -275,6 +275,9 @@ Sentences HookPDFPageTextTool::sentencesOfPage(const PageTextProvider& provider,
         return *cached;
 
     const PageLines lines = provider ? provider(pageNo) : PageLines();
+    // A page without text yet (a scan still being read) is asked again later.
+    if (lines.empty())
+        return {};
     double bodyHeight = 0.0;
     Sentences sentences = cutSentences(lines, &bodyHeight);
     bodyHeightTable().insert(key, bodyHeight);
