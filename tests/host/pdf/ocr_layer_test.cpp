@@ -172,14 +172,6 @@ TEST(OcrLayer, WordsAndPlacesMatchTheTypesetPage)
     }
 }
 
-bool sameLines(const PageLines& a, const PageLines& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const CharLine& x, const CharLine& y) {
-        return std::equal(x.begin(), x.end(), y.begin(), y.end(),
-                          [](const CharRecord& p, const CharRecord& q) { return p.ch == q.ch && p.rect == q.rect; });
-    });
-}
-
 TEST(OcrLayer, TheDocumentTakesARecognisedLayerOnlyForPagesWithoutText)
 {
     const ScanBooks& books = scanBooks();

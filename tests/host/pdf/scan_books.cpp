@@ -1,5 +1,6 @@
 #include "scan_books.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace lexicorn::testing {
@@ -159,6 +161,41 @@ QString textOf(const CharLine& line)
     for (const CharRecord& record : line)
         text.append(QChar(record.ch));
     return text;
+}
+
+bool sameLines(const PageLines& a, const PageLines& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const CharLine& x, const CharLine& y) {
+        return std::equal(x.begin(), x.end(), y.begin(), y.end(),
+                          [](const CharRecord& p, const CharRecord& q) { return p.ch == q.ch && p.rect == q.rect; });
+    });
+}
+
+QString md5Of(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    hash.addData(&file);
+    return QString::fromLatin1(hash.result().toHex());
+}
+
+ScopedEnvironment::ScopedEnvironment(const char* name, const QString& value)
+    : name_(name), previous_(qgetenv(name)), had_(qEnvironmentVariableIsSet(name))
+{
+    if (value.isNull())
+        qunsetenv(name);
+    else
+        qputenv(name, value.toLocal8Bit());
+}
+
+ScopedEnvironment::~ScopedEnvironment()
+{
+    if (had_)
+        qputenv(name_, previous_);
+    else
+        qunsetenv(name_);
 }
 
 }  // namespace lexicorn::testing

@@ -50,5 +50,24 @@ QString lettersOf(const QString& text);
 std::vector<std::pair<std::size_t, std::size_t>> matchWords(const std::vector<PageWord>& a, const std::vector<PageWord>& b);
 
 QString textOf(const CharLine& line);
+bool sameLines(const PageLines& a, const PageLines& b);
+
+// The MD5 of a file's bytes in lower-case hexadecimal, as books are keyed.
+QString md5Of(const QString& path);
+
+// Sets an environment variable for the guard's lifetime (unset for a null
+// value) and puts the old value back.
+class ScopedEnvironment {
+public:
+    ScopedEnvironment(const char* name, const QString& value);
+    ~ScopedEnvironment();
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+private:
+    const char* name_;
+    QByteArray previous_;
+    bool had_;
+};
 
 }  // namespace lexicorn::testing
