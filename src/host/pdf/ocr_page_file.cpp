@@ -11,6 +11,9 @@ namespace lexicorn::host {
 
 namespace {
 
+// No page is near this many points wide; a larger number is damage.
+constexpr double largestCoordinate = 1e7;
+
 const QString versionKey = QStringLiteral("version");
 const QString pageKey = QStringLiteral("page");
 const QString linesKey = QStringLiteral("lines");
@@ -44,7 +47,7 @@ std::optional<CharLine> decodeLine(const QJsonValue& value)
         return std::nullopt;
     const QString text = textValue.toString();
     const QJsonArray rects = rectsValue.toArray();
-    if (text.isEmpty() || rects.size() != text.size() * 4)
+    if (text.isEmpty() || !QStringView(text).isValidUtf16() || rects.size() != text.size() * 4)
         return std::nullopt;
     CharLine line;
     line.reserve(std::size_t(text.size()));
@@ -52,7 +55,7 @@ std::optional<CharLine> decodeLine(const QJsonValue& value)
         double edges[4];
         for (int k = 0; k < 4; ++k) {
             const QJsonValue edge = rects.at(i * 4 + k);
-            if (!edge.isDouble() || !std::isfinite(edge.toDouble()))
+            if (!edge.isDouble() || !(std::fabs(edge.toDouble()) <= largestCoordinate))
                 return std::nullopt;
             edges[k] = edge.toDouble();
         }

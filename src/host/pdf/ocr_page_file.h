@@ -27,9 +27,9 @@ inline constexpr qsizetype largestOcrPageFile = 16 * 1024 * 1024;
 QByteArray encodeOcrPage(int pageNo, const PageLines& lines);
 
 // The lines kept in a file, when it is whole and of this version and page:
-// every line a non-empty text with one finite, non-inverted rectangle per
-// unit. Anything else (cut short, damaged, another version or page) gives
-// nothing, never a part of the page.
+// every line a non-empty, well-formed UTF-16 text with one rectangle per unit,
+// its edges in order and within ten million points. Anything else (cut short,
+// damaged, another version or page) gives nothing, never a part of the page.
 std::optional<PageLines> decodeOcrPage(const QByteArray& bytes, int pageNo);
 
 }  // namespace lexicorn::host
