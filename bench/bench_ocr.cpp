@@ -7,7 +7,7 @@
 //                      reader asks for it (goal <= 20 ms)
 //
 // The scan is made in the set-up as a scanned book comes about: groff
-// typesets the prose, pdftoppm turns the page into a 300 dpi picture and
+// typesets the prose, pdftoppm turns the page into a 300 dpi grey picture and
 // img2pdf binds it into a PDF without text. Tools from scripts/setup.
 // The cache lives in a scratch home folder (LEXICORN_HOME).
 
@@ -92,10 +92,10 @@ const Scan& letterScan()
         const QString folder = made.folder->path();
         if (!run(QStringLiteral("groff"), {"-ms", "-Tpdf", "-P-pletter", "page.ms"}, folder, made.error,
                  dir.filePath(QStringLiteral("text.pdf")))
-            || !run(QStringLiteral("pdftoppm"), {"-r", "300", "-gray", "-png", "-f", "1", "-l", "1", "-singlefile",
-                                                 "text.pdf", "page"},
+            || !run(QStringLiteral("pdftoppm"), {"-r", "300", "-gray", "-f", "1", "-l", "1", "-singlefile", "text.pdf", "page"},
                     folder, made.error)
-            || !run(QStringLiteral("img2pdf"), {"page.png", "-o", "scan.pdf"}, folder, made.error))
+            || !run(QStringLiteral("img2pdf"), {"--imgsize", "300dpix300dpi", "page.pgm", "-o", "scan.pdf"}, folder,
+                    made.error))
             return made;
         made.path = dir.filePath(QStringLiteral("scan.pdf"));
         QFile pdf(made.path);

@@ -2,7 +2,7 @@
 
 // Books for the OCR tests, made the way a scanned book comes about: groff
 // typesets English prose into a PDF with a text layer, pdftoppm turns each
-// page into a 300 dpi picture, img2pdf binds the pictures into a PDF without
+// page into a 300 dpi grey picture, img2pdf binds the pictures into a PDF without
 // text, and qpdf turns every page a quarter clockwise (its /Rotate), for both.
 // The text PDF is what the OCR is held against.
 //
