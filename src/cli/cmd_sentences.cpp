@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 
+#include "host/pdf/ocr_cache.h"
 #include "host/pdf/pdf_objc_api.h"
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/reader/broken_words.h"
@@ -19,7 +20,11 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <poppler-qt6.h>
+
 #include <cmath>
+#include <cstdio>
+#include <memory>
 
 namespace lexicorn::cli {
 
@@ -85,10 +90,30 @@ KnownWord dictionaryWords()
     return [&server](const QString& word) { return server.knows(word); };
 }
 
+// A scanned page has no text of its own: it is given the text recognised on
+// it, from the OCR cache in the home folder or recognised now, as the reader
+// does. Without OCR the page stays without text, after one message.
+void addRecognisedText(host::PdfObjCAPI& document, const QString& path, const QString& md5, int pageNo)
+{
+    if (document.hasPopplerText(pageNo))
+        return;
+    const std::unique_ptr<Poppler::Document> scan = Poppler::Document::load(path);
+    if (!scan)
+        return;
+    QString problem;
+    PageLines lines = host::recognisedText(*scan, md5, pageNo, &problem);
+    if (!problem.isEmpty()) {
+        std::fprintf(stderr, "lexicorn: %s\n", problem.toUtf8().constData());
+        return;
+    }
+    document.setTextLayer(pageNo, std::move(lines));
+}
+
 }  // namespace
 
 int runSentences(Arguments& arguments)
 {
+    applyHomeOption(arguments);
     const std::optional<QString> pdf = arguments.option(QStringLiteral("pdf"));
     const std::optional<QString> pageOption = arguments.option(QStringLiteral("page"));
     const bool sections = arguments.flag(QStringLiteral("sections"));
@@ -103,11 +128,12 @@ int runSentences(Arguments& arguments)
         throw UsageError(QStringLiteral("sentences needs --page N, a page number counting from 1"));
 
     const QString md5 = bookMD5(*pdf);
-    const host::PdfObjCAPI document(*pdf);
+    host::PdfObjCAPI document(*pdf);
     if (!document.isOpen())
         throw CommandError(QStringLiteral("cannot open the book %1").arg(*pdf));
     if (pageNo > document.pageCount())
         throw CommandError(QStringLiteral("the book %1 has no page %2 (it has %3)").arg(*pdf).arg(pageNo).arg(document.pageCount()));
+    addRecognisedText(document, *pdf, md5, pageNo);
 
     HookPDFPageTextTool::setPageTextSource([](std::int64_t viewHandle, int page) {
         const host::PdfObjCAPI* opened = host::PdfObjCAPI::withViewHandle(viewHandle);

@@ -45,9 +45,10 @@ commands:
       list the notes (id and title), show one note as JSON
   sync [--home DIR] [--ip HOST:PORT] [--dict D] [--book-md5 MD5] [IDS...]
       send the notebook's dictionary cards to Anki (the given notes, else the book's, else all)
-  sentences --pdf FILE --page N [--sections] [--json]
+  sentences [--home DIR] --pdf FILE --page N [--sections] [--json]
       the sentences (or sections) of page N of a PDF, N counting from 1; one per line,
-      or with --json each as {"text", "lineEnds", "rects": [[x, y, w, h] per character]}
+      or with --json each as {"text", "lineEnds", "rects": [[x, y, w, h] per character]};
+      a scanned page is read by OCR once and kept in DIR/Lexicorn/ocr
 
 The dictionary files live in DIR/Dict (DIR: --home, else $LEXICORN_HOME, else your home folder).
 )";

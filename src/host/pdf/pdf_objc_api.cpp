@@ -80,8 +80,23 @@ PageLines PdfObjCAPI::textContentsForPageNo_(int pageNo) const
     if (const PageLines* known = textCache_.object(pageNo))
         return *known;
     PageLines lines = readPageText(pageNo);
+    if (lines.empty())
+        lines = textLayers_.value(pageNo);
     textCache_.insert(pageNo, new PageLines(lines));
     return lines;
+}
+
+bool PdfObjCAPI::hasPopplerText(int pageNo) const
+{
+    return !textLayers_.contains(pageNo) && !textContentsForPageNo_(pageNo).empty();
+}
+
+void PdfObjCAPI::setTextLayer(int pageNo, PageLines lines)
+{
+    if (pageNo < 1 || pageNo > pageCount() || hasPopplerText(pageNo))
+        return;
+    textLayers_.insert(pageNo, std::move(lines));
+    textCache_.remove(pageNo);
 }
 
 const std::vector<PdfObjCAPI::OutlineEntry>& PdfObjCAPI::outline() const

@@ -3,6 +3,7 @@
 #include "lexicorn/reader/char_record.h"
 
 #include <QCache>
+#include <QHash>
 #include <QString>
 
 #include <cstdint>
@@ -37,9 +38,16 @@ public:
 
     // The text of page pageNo (counted from 1) as lines of character records
     // in reading order, one record per UTF-16 unit, with a blank record
-    // between the words of a line. Empty for a page without text and for a
-    // page number outside the document.
+    // between the words of a line. Empty for a page without text (unless its
+    // recognised text was set) and for a page number outside the document.
     PageLines textContentsForPageNo_(int pageNo) const;
+
+    // Whether page pageNo has text of its own. A page without (a scan) gets
+    // its text from OCR, given to setTextLayer.
+    bool hasPopplerText(int pageNo) const;
+    // The text recognised on page pageNo, which textContentsForPageNo_ gives
+    // from now on. Kept only for a page without text of its own.
+    void setTextLayer(int pageNo, PageLines lines);
 
     // The document's table of contents, depth first (read once).
     struct OutlineEntry {
@@ -56,6 +64,7 @@ private:
     // every mouse move.
     mutable QCache<int, PageLines> textCache_{8};
     mutable std::optional<std::vector<OutlineEntry>> outline_;
+    QHash<int, PageLines> textLayers_;  // recognised text of pages without their own
     QString path_;
     std::unique_ptr<Poppler::Document> document_;
     std::int64_t viewHandle_;
