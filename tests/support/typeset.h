@@ -5,6 +5,8 @@
 // in the margins, as papers and review copies are printed.
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -71,6 +73,27 @@ inline QString typesetPdf(const QString& folder, const QString& name, const QStr
     groff.closeWriteChannel();
     const bool done = groff.waitForFinished(60000) && groff.exitStatus() == QProcess::NormalExit && groff.exitCode() == 0;
     return done ? path : QString();
+}
+
+// A scan of the PDF's first page, as a book scanner makes one: a grey
+// 300 dpi picture (pdftoppm) bound into a PDF without text (img2pdf). With
+// sideways, the picture lies on its side and the page's /Rotate 90 (qpdf)
+// turns it upright for reading, as scanners store landscape-fed pages.
+// Empty when a tool failed.
+inline QString scanOf(const QString& pdf, const QString& name, bool sideways)
+{
+    const QString picture = QDir(QFileInfo(pdf).absolutePath()).filePath(name);
+    const QString source = picture + QStringLiteral("-source.pdf");
+    const QString bound = picture + QStringLiteral("-bound.pdf");
+    const QString scan = picture + QStringLiteral(".pdf");
+    const auto run = [](const QString& program, const QStringList& arguments) {
+        return QProcess::execute(program, arguments) == 0;
+    };
+    const bool made = (sideways ? run(QStringLiteral("qpdf"), {"--rotate=-90", pdf, source}) : QFile::copy(pdf, source))
+        && run(QStringLiteral("pdftoppm"), {"-r", "300", "-gray", "-png", "-singlefile", "-f", "1", "-l", "1", source, picture})
+        && run(QStringLiteral("img2pdf"), {picture + QStringLiteral(".png"), "-o", sideways ? bound : scan})
+        && (!sideways || run(QStringLiteral("qpdf"), {"--rotate=+90", bound, scan}));
+    return made ? scan : QString();
 }
 
 // Only the letters, in lower case: how a reader compares two sentences

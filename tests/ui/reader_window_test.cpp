@@ -13,6 +13,7 @@
 #include "host/ui/import_dialog.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
+#include "host/ui/scan_reader.h"
 #include "host/ui/view_kit.h"
 
 #include "foundation/index_path.h"
@@ -34,6 +35,7 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -364,6 +366,48 @@ TEST_F(ReaderWindowTest, ATwoColumnPageQuotesWholeSentencesAndCardsStayOnTheirPa
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes.front().pageNo(), 1);
     EXPECT_EQ(testing::lettersOf(notes.front().highlight_text()), testing::lettersOf(printed));
+}
+
+// A scanned page, upright and stored on its side with /Rotate 90, is read by
+// OCR when it is shown; a drag over one of its words then quotes the word's whole sentence.
+TEST_F(ReaderWindowTest, AScannedPageIsReadByOcrAndAWordQuotesItsSentence)
+{
+    start(true);
+    const QString text = testing::typesetPdf(home_.path(), QStringLiteral("paper"), testing::twoColumnSource(false));
+    QStringList prose;
+    for (const QString& sentence : testing::twoColumnProse())
+        prose.append(testing::lettersOf(sentence));
+    for (const bool turned : {false, true}) {
+        const QString scan = testing::scanOf(text, turned ? QStringLiteral("scan-sideways") : QStringLiteral("scan"), turned);
+        ASSERT_FALSE(scan.isEmpty());
+        ASSERT_TRUE(window_->openFile(scan));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->scanReader().pagesWaiting() == 0; }, 120000));
+        const PageLines lines = window_->bookView().document->textContentsForPageNo_(1);
+        ASSERT_FALSE(lines.empty()) << "turned " << turned;
+
+        // A word of five letters or more in a sentence OCR read whole.
+        QRectF word;
+        QString sentenceLetters;
+        for (const Sentence& sentence : HookPDFPageTextTool::cutSentences(lines, nullptr)) {
+            QString printed;
+            for (const CharRecord& record : sentence)
+                printed.append(QChar(record.ch));
+            const qsizetype at = printed.indexOf(QRegularExpression(QStringLiteral("\\b[a-z]{5,}\\b")));
+            if (at < 0 || !prose.contains(testing::lettersOf(printed)))
+                continue;
+            for (qsizetype k = at; k < printed.size() && printed[k].isLetter(); ++k)
+                word = word.united(sentence[std::size_t(k)].rect);
+            sentenceLetters = testing::lettersOf(printed);
+            break;
+        }
+        ASSERT_FALSE(word.isEmpty()) << "OCR read no sentence of the page whole (turned " << turned << ")";
+        ASSERT_TRUE(lookUp(word)) << "turned " << turned;
+        const QString quote = send<DictDataPtr>(*popupTable(), "dictData")->quoteSentence();
+        EXPECT_EQ(testing::lettersOf(quote), sentenceLetters) << "turned " << turned;
+        QTest::qWait(300);  // the page image is rendered in the background
+        saveScreenshot(*window_, turned ? QStringLiteral("reader-scan-turned") : QStringLiteral("reader-scan"));
+    }
 }
 
 TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)

@@ -7,6 +7,7 @@
 #include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
+#include "host/ui/scan_reader.h"
 #include "host/ui/task_progress.h"
 #include "host/ui/view_kit.h"
 
@@ -21,6 +22,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeySequence>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -144,6 +146,24 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     statusBar()->showMessage(QStringLiteral("Open a PDF with File › Open, or drop one here."));
     progress_ = new TaskProgress(this);
     statusBar()->addPermanentWidget(progress_);
+    // Scanned pages: read by OCR as they are shown, with a word in the
+    // status line while a page is being read.
+    scanReader_ = new ScanReader(this);
+    ocrStatus_ = new QLabel(this);
+    ocrStatus_->hide();
+    statusBar()->addPermanentWidget(ocrStatus_);
+    connect(scanReader_, &ScanReader::pageReading, this, [this](int page) {
+        ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
+        ocrStatus_->show();
+    });
+    connect(scanReader_, &ScanReader::pageRead, this, [this] {
+        ocrStatus_->setVisible(scanReader_->pagesWaiting() > 0);
+        highlightsChanged();
+    });
+    connect(scanReader_, &ScanReader::unavailable, this, [this](const QString& problem) {
+        ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
+        ocrStatus_->show();
+    });
     routeMouseEvents(*canvas_, application_.delegate);
     studyboard_->selectionSource = [this] {
         return boardSelection(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
@@ -159,6 +179,7 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     connect(canvas_, &PageCanvas::pageDoubleClicked, this, &ReaderWindow::pageDoubleClicked);
     connect(canvas_, &PageCanvas::currentPageChanged, this, [this](int page) {
         send<void>(*application_.bookView, "setCurrentPageNo:", page + 1);
+        scanReader_->pageShown(page + 1);
         updateStatus();
     });
     connect(panel_, &NotebookPanel::noteActivated, this, &ReaderWindow::jumpToNote);
@@ -275,6 +296,7 @@ bool ReaderWindow::openFile(const QString& path)
     // The old book goes; the new one shows while its MD5 is worked out.
     rememberPage();
     send<void>(*application_.bookView, "closeBook");
+    scanReader_->setBook(nullptr, QString(), QString());
     panel_->showBook(application_.notebook, QString());
     highlightsChanged();
     bookReady_ = false;
@@ -319,6 +341,8 @@ void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString
     panel_->showBook(application_.notebook, *md5);
     showContents();
     highlightsChanged();
+    scanReader_->setBook(application_.bookView->document.get(), bookPath_, *md5);
+    scanReader_->pageShown(canvas_->currentPage() + 1);
     books.setLastPage(*md5, page);
     buildRecentMenu();
     updateStatus();

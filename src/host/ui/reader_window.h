@@ -16,6 +16,7 @@
 #include <QPointer>
 
 
+class QLabel;
 class QSplitter;
 class QToolBar;
 
@@ -25,6 +26,8 @@ class HudOverlay;
 class NotebookPanel;
 class ResearchPane;
 class TaskProgress;
+
+class ScanReader;
 
 class ReaderWindow : public QMainWindow, public BookDisplay {
     Q_OBJECT
@@ -56,6 +59,8 @@ public:
     std::shared_ptr<runtime::Object> contentsTable() const { return contents_; }
     QWidget& boardView() { return *board_; }
     BookViewObject& bookView() { return *application_.bookView; }
+    // Reads the book's scanned pages by OCR as they are shown.
+    ScanReader& scanReader() { return *scanReader_; }
     std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
     // The context menu of the selection while it is open, else null.
     QMenu* contextMenu() { return contextMenu_; }
@@ -108,6 +113,8 @@ private:
     ResearchPane* research_ = nullptr;
     HudOverlay* hud_ = nullptr;
     TaskProgress* progress_ = nullptr;
+    ScanReader* scanReader_ = nullptr;
+    QLabel* ocrStatus_ = nullptr;
     QToolBar* clipBar_ = nullptr;
     QMenu* recentMenu_ = nullptr;
     std::shared_ptr<runtime::Object> contents_;
