@@ -42,6 +42,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -173,6 +174,37 @@ void open_1000_pages(benchmark::State& state)
 }
 BENCHMARK(open_1000_pages)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// The whole reader with the plug-in, as a user runs it, in a scratch home
+// (with the sample dictionaries when asked); alerts are answered at once.
+class WholeReader {
+public:
+    explicit WholeReader(bool sampleDictionaries)
+    {
+        qputenv("LEXICORN_HOME", home_.path().toUtf8());
+        if (sampleDictionaries) {
+            QDir().mkpath(home_.path() + QStringLiteral("/Dict"));
+            const QString samples = QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/");
+            for (const QString& name : QDir(samples).entryList(QDir::Files))
+                QFile::copy(samples + name, home_.path() + QStringLiteral("/Dict/") + name);
+        }
+        lexicorn::setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
+            if (done)
+                done();
+        });
+        app_ = lexicorn::host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
+        window_ = std::make_unique<lexicorn::host::ui::ReaderWindow>(app_);
+        window_->resize(kWindow);
+        window_->show();
+        (void)QTest::qWaitForWindowExposed(window_.get());
+    }
+    lexicorn::host::ui::ReaderWindow& window() { return *window_; }
+
+private:
+    QTemporaryDir home_;
+    lexicorn::host::HostApplication app_;
+    std::unique_ptr<lexicorn::host::ui::ReaderWindow> window_;
+};
+
 // A scanned book of 1000 pages (a page image each, no text), made once in
 // the data folder: a typeset page rasterised by pdftoppm, wrapped by img2pdf.
 QString scannedBookOf1000Pages()
@@ -204,17 +236,8 @@ void openBookInWindow(benchmark::State& state, const QString& path)
         state.SkipWithError("could not make the book (pdftoppm, img2pdf)");
         return;
     }
-    QTemporaryDir home;
-    qputenv("LEXICORN_HOME", home.path().toUtf8());
-    lexicorn::setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
-        if (done)
-            done();
-    });
-    lexicorn::host::HostApplication app = lexicorn::host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
-    lexicorn::host::ui::ReaderWindow window(app);
-    window.resize(kWindow);
-    window.show();
-    (void)QTest::qWaitForWindowExposed(&window);
+    WholeReader reader(false);
+    lexicorn::host::ui::ReaderWindow& window = reader.window();
     double readyMs = 0;
     for (auto _ : state) {
         QSignalSpy rendered(&window.canvas(), &PageCanvas::pagesRendered);
@@ -257,25 +280,12 @@ long statusKb(const char* key)
     return -1;
 }
 
-// The whole reader with the plug-in and the sample dictionaries (loaded),
-// as a user runs it, in a scratch home.
+// Scrolls a 1000-page book from its first page to its last in the whole
+// reader with the sample dictionaries.
 int scrollMemory()
 {
-    QTemporaryDir home;
-    qputenv("LEXICORN_HOME", home.path().toUtf8());
-    QDir().mkpath(home.path() + QStringLiteral("/Dict"));
-    const QString samples = QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/");
-    for (const QString& name : QDir(samples).entryList(QDir::Files))
-        QFile::copy(samples + name, home.path() + QStringLiteral("/Dict/") + name);
-    lexicorn::setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> done) {
-        if (done)
-            done();
-    });
-    lexicorn::host::HostApplication app = lexicorn::host::ui::launchReader(QStringLiteral(LEXICORN_PLUGIN_PATH));
-    lexicorn::host::ui::ReaderWindow window(app);
-    window.resize(kWindow);
-    window.show();
-    (void)QTest::qWaitForWindowExposed(&window);
+    WholeReader reader(true);
+    lexicorn::host::ui::ReaderWindow& window = reader.window();
     const QString path = bookOf1000Pages();
     QElapsedTimer timer;
     timer.start();
