@@ -228,7 +228,7 @@ QString scannedBookOf1000Pages()
 }
 
 // The whole window, plug-in loaded: File › Open of a 1000-page book until its
-// first page is painted; the MD5 (book ready for notes and lookups) follows
+// first page is painted (the second, below it, follows); the MD5 (book ready for notes and lookups) follows
 // in the background. A scanned book of some 350 MB against a text book.
 void openBookInWindow(benchmark::State& state, const QString& path)
 {
@@ -239,6 +239,7 @@ void openBookInWindow(benchmark::State& state, const QString& path)
     WholeReader reader(false);
     lexicorn::host::ui::ReaderWindow& window = reader.window();
     double readyMs = 0;
+    double openCallMs = 0;
     for (auto _ : state) {
         QSignalSpy rendered(&window.canvas(), &PageCanvas::pagesRendered);
         QElapsedTimer timer;
@@ -247,13 +248,15 @@ void openBookInWindow(benchmark::State& state, const QString& path)
             state.SkipWithError("could not open the book");
             return;
         }
-        while (!window.canvas().visiblePagesRendered())
+        openCallMs = timer.nsecsElapsed() / 1e6;
+        while (!window.canvas().pageRendered(0))
             rendered.wait(1000);
         state.SetIterationTime(timer.nsecsElapsed() / 1e9);
         (void)QTest::qWaitFor([&window] { return window.isBookReady(); }, 60000);
         readyMs = timer.nsecsElapsed() / 1e6;
     }
     state.counters["book_ready_ms"] = readyMs;
+    state.counters["open_call_ms"] = openCallMs;
     state.counters["file_mb"] = double(QFileInfo(path).size()) / 1048576.0;
 }
 

@@ -464,13 +464,18 @@ bool PageCanvas::visiblePagesRendered() const
 {
     if (!hasDocument())
         return true;
-    const double dpr = devicePixelRatioF();
     const double top = contentOffset().y();
     const auto [first, last] = layout_.pagesBetween(top, top + viewport()->height());
     for (int page = first; page <= last; ++page)
-        if (!hasImage(page, zoom_ * dpr, dpr, visiblePart(page)))
+        if (!pageRendered(page))
             return false;
     return true;
+}
+
+bool PageCanvas::pageRendered(int pageIndex) const
+{
+    const double dpr = devicePixelRatioF();
+    return hasDocument() && hasImage(pageIndex, zoom_ * dpr, dpr, visiblePart(pageIndex));
 }
 
 void PageCanvas::updateRequests()

@@ -94,6 +94,8 @@ public:
     // True when every page in the viewport shows its image at the current
     // zoom (none is waiting for the renderer); for tests and measurements.
     bool visiblePagesRendered() const;
+    // True when the page shows its image at the current zoom.
+    bool pageRendered(int pageIndex) const;
     // Bytes of page images held (for memory measurements).
     std::size_t cachedImageBytes() const;
 

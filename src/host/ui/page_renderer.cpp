@@ -121,6 +121,7 @@ void PageRenderer::run()
 {
     std::unique_ptr<Poppler::Document> document;
     std::uint64_t loadedId = 0;
+    bool sizesToRead = false;
     const std::function<bool()> abort = [this] { return abortCurrent_.load(std::memory_order_relaxed); };
     for (;;) {
         std::optional<QString> path;
@@ -154,8 +155,7 @@ void PageRenderer::run()
                 }
             }
             loadedId = id;
-            if (document)
-                emit pageSizesRead(id, pageSizesOf(*document));
+            sizesToRead = document != nullptr;
             continue;
         }
         QImage image;
@@ -173,6 +173,12 @@ void PageRenderer::run()
         // stops asking for it.
         if (deliver)
             emit pageRendered(RenderedPage{id, request, std::move(image)});
+        // Every page's size is read after the first page asked for is drawn,
+        // so that page shows as early as it can.
+        if (sizesToRead && document && loadedId == id) {
+            sizesToRead = false;
+            emit pageSizesRead(id, pageSizesOf(*document));
+        }
     }
 }
 

@@ -276,6 +276,9 @@ void ReaderWindow::buildRecentMenu()
     recentMenu_->setEnabled(!recentMenu_->isEmpty());
 }
 
+// How long the book's MD5 waits for its first page to be painted.
+constexpr int firstPageWait = 300;
+
 bool ReaderWindow::openFile(const QString& path)
 {
     const auto fail = [this, &path](const QString& why) {
@@ -305,14 +308,26 @@ bool ReaderWindow::openFile(const QString& path)
     setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
     updateStatus();
     const std::uint64_t opening = ++opening_;
-    QPointer<ReaderWindow> window(this);
-    globalQueue().async([window, opening, path] {
-        std::optional<QString> md5 = MbModelTool::md5OfFile(path);
-        mainQueue().async([window, opening, md5 = std::move(md5)] {
-            if (window)
-                window->bookHashed(opening, md5);
+    // The hash reads the whole file; it starts once the first page is
+    // painted (or soon after, when nothing is shown), so it never slows that.
+    auto* start = new QTimer(this);
+    start->setSingleShot(true);
+    const auto hash = [this, start, opening, path] {
+        start->deleteLater();
+        if (opening != opening_)
+            return;
+        QPointer<ReaderWindow> window(this);
+        globalQueue().async([window, opening, path] {
+            std::optional<QString> md5 = MbModelTool::md5OfFile(path);
+            mainQueue().async([window, opening, md5 = std::move(md5)] {
+                if (window)
+                    window->bookHashed(opening, md5);
+            });
         });
-    });
+    };
+    connect(start, &QTimer::timeout, this, hash);
+    connect(canvas_, &PageCanvas::pagesRendered, start, [start] { start->start(0); });
+    start->start(firstPageWait);
     return true;
 }
 
