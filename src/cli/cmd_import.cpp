@@ -54,6 +54,8 @@ int runImport(Arguments& arguments)
     } catch (const dictimport::ImportError& error) {
         throw CommandError(QString::fromStdString(error.what()) + QStringLiteral(" (the Dict folder is unchanged)"));
     }
+    for (const QString& warning : report.warnings)
+        std::fprintf(stderr, "warning: %s\n", warning.toUtf8().constData());
     QString summary = QStringLiteral("imported %1 headwords (%2 entries) from %3 file(s) into %4")
                           .arg(report.headwords)
                           .arg(report.entries)

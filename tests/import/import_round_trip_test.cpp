@@ -16,16 +16,18 @@ namespace {
 using testing::CliRun;
 const auto lexicorn = testing::runLexicorn;
 
-// Four rows in the columns and conventions of ECDICT's own CSV: breaks
+// Five rows in the columns and conventions of ECDICT's own CSV: breaks
 // inside a field as the two characters "\n", quoted fields with commas and
-// doubled quotes, forms in the exchange column.
+// doubled quotes, forms in the exchange column, a schwa written with the
+// Cyrillic "ә", and a row cut short, as ECDICT's own sample has them.
 const QByteArray ecdictCsv =
     "word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\r\n"
     "go,gəʊ,\"v. move from one place to another\\nn. a turn in a game\",\"vi. 去, 走\\nn. 尝试\",v:90/n:10,5,1,zk gk,50,40,"
     "p:went/d:gone/i:going/3:goes,,\r\n"
     "child,tʃaɪld,n. a young human being,n. 儿童; 孩子,,4,1,,100,90,s:children,,\r\n"
     "study,'stʌdi,v. learn about a subject,\"v. 学习, \"\"研究\"\"\",,3,,,,,,,\r\n"
-    "good,gʊd,adj. of high quality,adj. 好的,,5,,,,,r:better/t:best,,\r\n";
+    "good,gʊd,adj. of high quality,adj. 好的,,5,,,,,r:better/t:best,,\r\n"
+    "about,ә'baʊt,prep. on the subject of,prep. 关于\r\n";
 
 TEST(ImportRoundTrip, EcdictCsvWrittenByTheTest)
 {
@@ -37,7 +39,10 @@ TEST(ImportRoundTrip, EcdictCsvWrittenByTheTest)
 
     const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "collins", "--word-forms", csv});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains(QStringLiteral("imported 4 headwords"))) << run.out.toStdString();
+    EXPECT_TRUE(run.out.contains(QStringLiteral("imported 5 headwords"))) << run.out.toStdString();
+    EXPECT_EQ(run.err.trimmed(), QStringLiteral("warning: %1 line 6: 4 of the header's 13 fields; imported with what it holds").arg(csv));
+    EXPECT_EQ(testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("about"))->enWords().at(0)->readings,
+              QStringLiteral("/ə'baʊt/"));
 
     const QJsonObject forms = QJsonDocument::fromJson(home.readDict(QStringLiteral("wordforms.json"))).object();
     EXPECT_EQ(forms.value("goes").toString(), QStringLiteral("goose-step"));

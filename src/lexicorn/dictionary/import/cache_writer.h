@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <string>
@@ -33,6 +34,8 @@ public:
     void wordForm(const QString& form, const QString& headword) override;
     void resource(const QString& name, const QByteArray& bytes) override;
     void progress(qint64 done, qint64 total) override;
+    void warning(const QString& message) override { warnings_.append(message); }
+    const QStringList& warnings() const { return warnings_; }
 
     size_t headwordCount() const { return slots_.size(); }
     size_t entryCount() const { return entries_; }
@@ -52,6 +55,7 @@ public:
     std::vector<std::pair<QString, QString>> wordForms() const;
 
 private:
+    QStringList warnings_;
     struct Slot {
         std::string key;      // headword, UTF-8
         std::string records;  // its records' JSON, comma-separated

@@ -134,6 +134,7 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
     report.headwords = writer.headwordCount();
     report.entries = writer.entryCount();
     report.resources = writer.resources().size();
+    report.warnings = writer.warnings();
     report.cachePath = request.dictDir + u'/' + request.slot.fileName();
 
     // The word forms are worked out while the cache is written: both only

@@ -35,6 +35,7 @@ struct ImportReport {
     size_t resources = 0;
     size_t formsAdded = 0;
     QString cachePath;
+    QStringList warnings;  // one line each, naming the file and the place
 };
 
 // How far the import is: the file being read (index counting from 0, of

@@ -198,6 +198,35 @@ void exchangeForms(const QString& word, const std::string& field, ImportSink& si
     }
 }
 
+// ECDICT writes some IPA symbols with the Cyrillic letters that look like
+// them ("ә" for "ə"); the popup shows the IPA ones.
+QString ipaOf(QString phonetic)
+{
+    static const std::pair<char16_t, char16_t> lookalikes[] = {
+        {u'\u04D9', u'\u0259'},  // ә -> ə
+        {u'\u04D8', u'\u018F'},  // Ә -> Ə
+        {u'\u0430', u'a'},       // а
+        {u'\u0435', u'e'},       // е
+        {u'\u043E', u'o'},       // о
+        {u'\u0440', u'p'},       // р
+        {u'\u0441', u'c'},       // с
+        {u'\u0443', u'y'},       // у
+        {u'\u0445', u'x'},       // х
+        {u'\u0456', u'i'},       // і
+        {u'\u0458', u'j'},       // ј
+        {u'\u0455', u's'},       // ѕ
+    };
+    for (QChar& c : phonetic) {
+        if (c.unicode() < 0x0400 || c.unicode() > 0x04FF)
+            continue;
+        for (const auto& [cyrillic, ipa] : lookalikes) {
+            if (c.unicode() == cyrillic)
+                c = QChar(ipa);
+        }
+    }
+    return phonetic;
+}
+
 std::array<int, ColumnCount> standardColumns()
 {
     std::array<int, ColumnCount> columns{};
@@ -236,6 +265,13 @@ void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, ImportSink
         }
         if (expectedFields && fields.size() > expectedFields)
             fail(name, rows.rowLine(), QStringLiteral("%1 fields, but the header names %2").arg(fields.size()).arg(expectedFields));
+        // ECDICT's own sample has rows cut short: they give what they hold.
+        if (expectedFields && fields.size() < expectedFields)
+            sink.warning(QStringLiteral("%1 line %2: %3 of the header's %4 fields; imported with what it holds")
+                             .arg(name)
+                             .arg(rows.rowLine())
+                             .arg(fields.size())
+                             .arg(expectedFields));
         const auto field = [&](Column c) -> const std::string& {
             static const std::string none;
             const int at = columns[size_t(c)];
@@ -246,7 +282,7 @@ void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, ImportSink
             fail(name, rows.rowLine(), QStringLiteral("a row without a word"));
         SourceEntry entry;
         entry.headword = word;
-        entry.readings = text(field(Phonetic)).trimmed();
+        entry.readings = ipaOf(text(field(Phonetic)).trimmed());
         const int stars = text(field(Collins)).trimmed().toInt();
         if (stars > 0 && stars <= 5)
             entry.stars = QString(stars, QChar(0x25CF));  // ●

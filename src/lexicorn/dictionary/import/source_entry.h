@@ -54,6 +54,9 @@ public:
     virtual void resource(const QString& name, const QByteArray& bytes) = 0;
     // How far the reader is through the file, in units it chooses (bytes or entries).
     virtual void progress(qint64 done, qint64 total) = 0;
+    // Something in the file was taken as well as it could be (a row short of
+    // fields): the import goes on, and the user is told, naming the place.
+    virtual void warning(const QString& message) { (void)message; }
 };
 
 // A file that cannot be read as its format: says which file and where
