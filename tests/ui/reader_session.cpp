@@ -17,8 +17,10 @@ void ReaderSession::start(const TempHome& home, ReaderOptions options)
 {
     QDir().mkpath(home.path() + QStringLiteral("/Dict"));
     const QString samples = QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/");
-    for (const QString& name : QDir(samples).entryList(QDir::Files))
-        QFile::copy(samples + name, home.dictPath(name));
+    for (const QString& name : QDir(samples).entryList(QDir::Files)) {
+        if (options.collins || !name.startsWith(QStringLiteral("collins")))
+            QFile::copy(samples + name, home.dictPath(name));
+    }
     UserDefaults& defaults = UserDefaults::standard();
     if (options.engineOff) {
         defaults.set(QStringLiteral("SPECIAL_ENGINE"), 5);

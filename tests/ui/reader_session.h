@@ -24,6 +24,8 @@ struct ReaderOptions {
     // Translation engine 5 (none); otherwise the engine stays as stored and
     // every translation and voice host is a closed port.
     bool engineOff = true;
+    // Without it, the collins files are left out: the engine stays loading.
+    bool collins = true;
 };
 
 class ReaderSession {

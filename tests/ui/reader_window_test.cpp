@@ -460,8 +460,8 @@ TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCop
 TEST_F(ReaderWindowTest, AnImportedDictionaryAnswersTheNextSelection)
 {
     qputenv("LEXICORN_CLI", LEXICORN_CLI);
-    start(true);
-    ASSERT_FALSE(lookUpSomeWord().text.isEmpty());
+    // A first day: no collins file, so the engine stays loading.
+    session_.start(home_, {.collins = false});
     const host::ui::PageWord word = host::ui::wordsOnPage(sampleBook, 1, 5).front();
     const QString csv = home_.path() + QStringLiteral("/mine.csv");
     QFile file(csv);
@@ -495,6 +495,14 @@ TEST_F(ReaderWindowTest, AnImportedDictionaryAnswersTheNextSelection)
             shown = lineTexts(send<StyledSections>(*table, "texts")).join(u'\n').contains(QStringLiteral("导入的释义"));
     }
     EXPECT_TRUE(shown) << word.text.toStdString();
+
+    // Switching dictionaries works at once.
+    auto& board = static_cast<host::StudyboardObject&>(*window_->studyboard());
+    const auto refusals = [&board] { return board.headsUps.count(QStringLiteral("字典缓存中，请稍后再试！")); };
+    const qsizetype before = refusals();
+    send<void>(board, "selectDict:", 0);
+    EXPECT_EQ(refusals(), before);
+    EXPECT_EQ(UserDefaults::standard().integer(QStringLiteral("SPECIAL_SELECTED_DICT")), 0);
 }
 
 // A three-page PDF whose outline has two chapters, the first with a

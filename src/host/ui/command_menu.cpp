@@ -50,6 +50,9 @@ public:
 
     void close()
     {
+        // Gone for whoever looks for the window's popover from now on, even
+        // before the deletion runs (a menu may be replaced by a new one).
+        setObjectName(QString());
         hide();
         deleteLater();
     }

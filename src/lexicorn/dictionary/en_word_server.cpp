@@ -160,13 +160,17 @@ std::shared_ptr<const WordForms> EnWordServer::wordforms()
     return wordforms_;
 }
 
-void EnWordServer::reloadFiles()
+void EnWordServer::reloadFiles(std::optional<int64_t> dictNumber)
 {
     {
         std::lock_guard lock(wordformsMutex_);
         wordforms_.reset();
     }
     waitForLoadJobs();
+    // No job runs now; one that found no file left the engine loading.
+    isCaching_.store(false);
+    if (const std::optional<SelectDictType> type = dictNumber ? SelectDictType::fromRawValue(*dictNumber) : std::nullopt)
+        dictType_.store(type->rawValue());
     cacheDict_.store(CacheDict::empty());
     asyncInitDict();
 }

@@ -49,8 +49,10 @@ public:
     void asyncInitDict();
     void setDictTypeWithNumber(int64_t number);
     // After an import replaced files in the Dict folder: the word forms are
-    // read again, and so is the selected dictionary.
-    void reloadFiles();
+    // read again, and so is the dictionary (the one given, else the selected
+    // one). New files are a new start: an engine left loading because a file
+    // was missing loads again.
+    void reloadFiles(std::optional<int64_t> dictNumber = std::nullopt);
     // 1 -> "collins", 0 -> "LDOCE5"; any other value is a fatal program error.
     QString dictTypeWithIndex(int64_t index) const;
     // Reads and decodes the file at path(); does not store the result.

@@ -77,6 +77,9 @@ void selectDict(Object& board, int index)
 {
     if (EnWordServer::shared().isCaching()) {
         send<void>(board, "showHUD:withDuration:", cachingMessage, 3.0);
+        // The menu's segments show the dictionary in use again, not the refused one.
+        if (runtime::respondsTo(board, "popover") && send<ObjectRef>(board, "popover") && runtime::respondsTo(board, "dictSetting"))
+            send<void>(board, "settingDict:", send<ObjectRef>(board, "dictSetting"));
         return;
     }
     UserDefaults::standard().set(selectedDictKey, index);

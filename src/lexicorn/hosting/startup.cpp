@@ -58,9 +58,19 @@ void startUp(runtime::Object& delegate, const std::string& notification)
 
     installMiddleButtonMonitor(delegate);
     // The reader's import replaced files in the Dict folder: the engine
-    // reads them again, so the next lookup finds the imported entries.
-    NotificationCenter::defaultCenter().addObserverForName(QStringLiteral("LexicornDictionaryImported"),
-                                                           [](const Notification&) { EnWordServer::shared().reloadFiles(); });
+    // loads the imported dictionary, so the next lookup finds its entries,
+    // and the menu shows it as the one selected.
+    NotificationCenter::defaultCenter().addObserverForName(QStringLiteral("LexicornDictionaryImported"), [](const Notification& imported) {
+        const QString slot = imported.userInfo.value(QStringLiteral("dict")).toString();
+        std::optional<int64_t> number;
+        for (int64_t candidate : {0, 1}) {
+            if (SelectDictType::fromRawValue(candidate)->name() == slot)
+                number = candidate;
+        }
+        if (number)
+            UserDefaults::standard().set(selectedDictKey, int(*number));
+        EnWordServer::shared().reloadFiles(number);
+    });
     // With IS_DEBUG off, as built, start-up ends here: the debugging menu is
     // not part of the plug-in.
 }
