@@ -56,10 +56,11 @@ int runImport(Arguments& arguments)
     }
     for (const QString& warning : report.warnings)
         std::fprintf(stderr, "warning: %s\n", warning.toUtf8().constData());
-    QString summary = QStringLiteral("imported %1 headwords (%2 entries) from %3 file(s) into %4")
+    QString summary = QStringLiteral("imported %1 headwords (%2 entries) from %3 %4 into %5")
                           .arg(report.headwords)
                           .arg(report.entries)
-                          .arg(files.size())
+                          .arg(report.dictionaries)
+                          .arg(report.dictionaries == 1 ? QStringLiteral("dictionary") : QStringLiteral("dictionaries"))
                           .arg(report.cachePath);
     if (report.resources)
         summary += QStringLiteral(", %1 sound files").arg(report.resources);

@@ -82,8 +82,12 @@ TEST(ImportRoundTrip, EcdictCsvWrittenByTheTest)
 TEST(ImportRoundTrip, WordNetDatabaseFromDebian)
 {
     testing::TempHome home;
-    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "LDOCE5", "--word-forms", LEXICORN_WORDNET_DIR});
+    // WordNet's files named one by one are the one database they belong to.
+    const QString dir = QStringLiteral(LEXICORN_WORDNET_DIR);
+    const CliRun run = lexicorn({"import", "--home", home.path(), "--into", "LDOCE5", "--word-forms", dir + "/data.noun",
+                                 dir + "/index.verb", dir + "/verb.exc"});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.contains(QStringLiteral(" from 1 dictionary into "))) << run.out.toStdString();
 
     // Senses in WordNet's order, examples out of the gloss's quotes.
     const DictDataPtr dog = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("dog"));
@@ -156,6 +160,12 @@ TEST(ImportRoundTrip, AFailedImportSaysWhereAndLeavesDictAsItWas)
     const QString inner = write("inner.csv", "word,translation\nrun,v. 跑 \"quoted\"\n");
     const QString wide = write("wide.csv", "word,translation\nrun,v. 跑,extra\n");
     const QString text = write("notes.txt", "run");
+    // A folder of no dictionary, and parts of sets without their main file.
+    const QString empty = home.path() + QStringLiteral("/empty");
+    QDir().mkpath(empty);
+    testing::writeFile(empty + QStringLiteral("/readme.txt"), "nothing here");
+    const QString lonelyMdd = write("lonely.mdd", "sounds");
+    const QString lonelyDict = write("lonely.dict.dz", "text");
     // A WordNet database whose adverb data stops halfway: the index points past its end.
     const QString wordnet = home.path() + QStringLiteral("/wordnet");
     QDir().mkpath(wordnet);
@@ -176,7 +186,10 @@ TEST(ImportRoundTrip, AFailedImportSaysWhereAndLeavesDictAsItWas)
         {{good, stray}, stray + QStringLiteral(":3: text after the closing quote of a field")},
         {{inner}, inner + QStringLiteral(":2: a quote inside an unquoted field (column 2)")},
         {{wide}, wide + QStringLiteral(":2: 3 fields, but the header names 2")},
-        {{good, text}, text + QStringLiteral(": not a dictionary file this import reads")},
+        {{good, text}, text + QStringLiteral(": not a file of a dictionary this import reads")},
+        {{empty}, empty + QStringLiteral(": no dictionary in this folder")},
+        {{lonelyMdd}, lonelyMdd + QStringLiteral(": a .mdd holds only the sounds and pictures of a dictionary; its .mdx is not beside it")},
+        {{lonelyDict}, lonelyDict + QStringLiteral(": a StarDict file without its .ifo beside it")},
         {{home.path() + QStringLiteral("/missing.csv")}, QStringLiteral("missing.csv: no such file")},
         {{good, wordnet}, QStringLiteral("is past the end of ") + wordnet + QStringLiteral("/data.adv")},
     };

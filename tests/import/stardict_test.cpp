@@ -6,6 +6,7 @@
 
 #include "support/temp_home.h"
 
+#include "lexicorn/dictionary/import/dictionary_sources.h"
 #include "lexicorn/dictionary/import/stardict_reader.h"
 
 #include <QDir>
@@ -128,6 +129,33 @@ TEST(StarDictReader, ToolMadeFilesReadBackWhole)
         EXPECT_EQ(links, c.links);
         EXPECT_EQ(sink.done, sink.total);
     }
+}
+
+// Any file of a set, the set's folder, or all its files at once: the set is
+// imported once; a folder with several sets gives each.
+TEST(StarDictReader, AnyFileOfASetOrItsFolderIsTheSetOnce)
+{
+    QTemporaryDir dir;
+    makeFixtures(dir.path());
+    const QString d = dir.path();
+    const auto ifo = [&d](const char* name) { return dictimport::DictionarySource{dictimport::SourceFormat::StarDict, d + u'/' + QString::fromLatin1(name)}; };
+    QStringList everyFileOfOpen;
+    for (const QString& name : QDir(d + QStringLiteral("/open")).entryList(QDir::Files))
+        everyFileOfOpen << d + QStringLiteral("/open/") + name;
+    struct Case {
+        QStringList paths;
+        std::vector<dictimport::DictionarySource> sources;
+    };
+    const Case cases[] = {
+        {{d + QStringLiteral("/html.dict.dz")}, {ifo("html.ifo")}},
+        {{d + QStringLiteral("/open/html.idx.gz")}, {ifo("open/html.ifo")}},
+        {{d + QStringLiteral("/open")}, {ifo("open/html.ifo")}},
+        {everyFileOfOpen, {ifo("open/html.ifo")}},
+        {{d + QStringLiteral("/wide/plain.idx"), d + QStringLiteral("/wide"), d + QStringLiteral("/wide/plain.ifo")}, {ifo("wide/plain.ifo")}},
+        {{d}, {ifo("html.ifo"), ifo("plain.ifo")}},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(dictimport::dictionariesIn(c.paths), c.sources) << c.paths.join(u' ').toStdString();
 }
 
 TEST(StarDictReader, DamagedFilesAreReportedWithFileAndPlace)

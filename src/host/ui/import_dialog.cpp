@@ -90,7 +90,9 @@ void ImportDialog::chooseFiles()
 {
     const QStringList chosen = QFileDialog::getOpenFileNames(
         this, QStringLiteral("Dictionary files"), QString(),
-        QStringLiteral("Dictionaries (*.ifo *.mdx *.csv data.noun);;StarDict (*.ifo);;MDict (*.mdx);;ECDICT CSV (*.csv);;WordNet (data.noun)"));
+        QStringLiteral("Dictionaries (*.ifo *.idx *.idx.gz *.dict *.dict.dz *.syn *.mdx *.mdd *.csv data.* index.* *.exc)"
+                       ";;StarDict (*.ifo *.idx *.idx.gz *.dict *.dict.dz *.syn);;MDict (*.mdx *.mdd);;ECDICT CSV (*.csv)"
+                       ";;WordNet (data.* index.* *.exc);;All files (*)"));
     if (!chosen.isEmpty())
         setFiles(chosen);
 }

@@ -68,36 +68,9 @@ void writeCache(const QString& path, const CacheWriter& writer)
 
 }  // namespace
 
-std::optional<SourceFormat> formatOf(const QString& path)
-{
-    const QFileInfo info(path);
-    if (info.isDir())
-        return QFileInfo::exists(path + QStringLiteral("/data.noun")) ? std::optional(SourceFormat::WordNet) : std::nullopt;
-    const QString name = info.fileName().toLower();
-    if (name.endsWith(QStringLiteral(".ifo")))
-        return SourceFormat::StarDict;
-    if (name.endsWith(QStringLiteral(".mdx")))
-        return SourceFormat::Mdict;
-    if (name.endsWith(QStringLiteral(".csv")))
-        return SourceFormat::Ecdict;
-    if (name == u"data.noun")
-        return SourceFormat::WordNet;
-    return std::nullopt;
-}
-
 ImportReport importDictionaries(const ImportRequest& request, const ImportProgress& progress)
 {
-    if (request.files.isEmpty())
-        fail(QStringLiteral("no dictionary file to import"));
-    std::vector<SourceFormat> formats;
-    for (const QString& file : request.files) {
-        if (!QFileInfo::exists(file))
-            fail(QStringLiteral("%1: no such file").arg(file));
-        const std::optional<SourceFormat> format = formatOf(file);
-        if (!format)
-            fail(QStringLiteral("%1: not a dictionary file this import reads (.ifo, .mdx, .csv, or a WordNet dict folder)").arg(file));
-        formats.push_back(*format);
-    }
+    const std::vector<DictionarySource> sources = dictionariesIn(request.files);
 
     // Staged inside the Dict folder, so that the final moves are renames on one disk.
     const bool dictExisted = QFileInfo(request.dictDir).isDir();
@@ -117,20 +90,21 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
         fail(QStringLiteral("cannot make a working folder in %1: %2").arg(request.dictDir, staging.errorString()));
 
     CacheWriter writer(staging.path() + QStringLiteral("/resources"));
-    const int count = int(request.files.size());
+    const int count = int(sources.size());
     for (int i = 0; i < count; ++i) {
-        const QString& file = request.files[i];
+        const QString& file = sources[size_t(i)].path;
         writer.beginFile(file);
         writer.setProgressHandler([&, i](qint64 done, qint64 total) {
             if (progress)
                 progress(i, count, file, done, total);
         });
-        readFile(formats[size_t(i)], file, writer);
+        readFile(sources[size_t(i)].format, file, writer);
     }
     if (writer.headwordCount() == 0)
         fail(QStringLiteral("%1: no entries found").arg(request.files.join(QStringLiteral(", "))));
 
     ImportReport report;
+    report.dictionaries = sources.size();
     report.headwords = writer.headwordCount();
     report.entries = writer.entryCount();
     report.resources = writer.resources().size();

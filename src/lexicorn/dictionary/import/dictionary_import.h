@@ -6,6 +6,7 @@
 // word-form map and sound files) replaces the old one only once the whole
 // import has succeeded. A failed import leaves the Dict folder as it was.
 
+#include "lexicorn/dictionary/import/dictionary_sources.h"
 #include "lexicorn/dictionary/records.h"
 
 #include <QString>
@@ -16,20 +17,15 @@
 
 namespace lexicorn::dictimport {
 
-enum class SourceFormat { StarDict, Mdict, Ecdict, WordNet };
-
-// By the file's name: .ifo, .mdx, .csv, or a WordNet database folder (or its
-// data.noun). Nothing for anything else.
-std::optional<SourceFormat> formatOf(const QString& path);
-
 struct ImportRequest {
-    QStringList files;
+    QStringList files;  // any file of each dictionary, or folders holding them (dictionary_sources.h)
     SelectDictType slot = SelectDictType::collins();
     bool wordForms = false;  // merge the files' forms into wordforms.json
     QString dictDir;         // the Dict folder
 };
 
 struct ImportReport {
+    size_t dictionaries = 0;  // each once, however many of its files were named
     size_t headwords = 0;
     size_t entries = 0;
     size_t resources = 0;
