@@ -53,10 +53,16 @@ using lexicorn::host::ui::RenderRequest;
 const QString kSampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
 constexpr QSize kWindow(1920, 1080);
 
-QString bookOf1000Pages()
+// Where generated books are kept between runs.
+QString benchDataFolder()
 {
     const QByteArray env = qgetenv("LEXICORN_BENCH_DATA");
-    const QString dir = env.isEmpty() ? QStringLiteral(LEXICORN_BENCH_DEFAULT_DATA) : QString::fromLocal8Bit(env);
+    return env.isEmpty() ? QStringLiteral(LEXICORN_BENCH_DEFAULT_DATA) : QString::fromLocal8Bit(env);
+}
+
+QString bookOf1000Pages()
+{
+    const QString dir = benchDataFolder();
     const QString path = dir + QStringLiteral("/reader-1000.pdf");
     if (QFile::exists(path))
         return path;
@@ -209,8 +215,7 @@ private:
 // the data folder: a typeset page rasterised by pdftoppm, wrapped by img2pdf.
 QString scannedBookOf1000Pages()
 {
-    const QByteArray env = qgetenv("LEXICORN_BENCH_DATA");
-    const QString dir = env.isEmpty() ? QStringLiteral(LEXICORN_BENCH_DEFAULT_DATA) : QString::fromLocal8Bit(env);
+    const QString dir = benchDataFolder();
     const QString path = dir + QStringLiteral("/scanned-1000.pdf");
     if (QFile::exists(path))
         return path;
