@@ -22,12 +22,14 @@ using dictimport::ImportError;
 using dictimport::Markup;
 using dictimport::SourceEntry;
 
-// Writes one .mdx per (name, version, encoding, compression) given on the
-// command line, all with the same entries, and an .mdd holding the sound.
-// Small blocks so that keys and records spread over many blocks. The LZO
-// writer needs python-lzo's compressor in place of the tool's own LZO module.
+// Writes one .mdx per (name, version, encoding, compression[, enciphered])
+// given on the command line, all with the same entries, and an .mdd holding
+// the sound. "enciphered" switches on the writer's key-index encryption
+// (Encrypted="2"). Small blocks so that keys and records spread over many
+// blocks. The LZO writer needs python-lzo's compressor in place of the
+// tool's own LZO module.
 const char* const fixtureScript = R"py(
-import os, sys
+import os, struct, sys, zlib
 import lzo
 sys.modules["mdict_utils.base.lzo"] = lzo
 from mdict_utils.base.writemdict import MDictWriter
@@ -42,14 +44,41 @@ for i in range(300):
 def write(path, entries, **options):
     with open(path, "wb") as f:
         MDictWriter(entries, title="Test", description="Made by the tests", **options).write(f)
+# The writer always leaves StyleSheet empty and only writes the encryption
+# values it implements, so a header attribute it cannot set is put in
+# afterwards: the header text is changed, and its length and checksum
+# written again. Everything after the header stays as the writer made it.
+def set_attribute(path, name, value):
+    with open(path, "rb") as f:
+        data = f.read()
+    size = struct.unpack(">L", data[:4])[0]
+    header = data[4:4 + size].decode("utf_16_le")
+    start = header.index(' %s="' % name) + len(name) + 3
+    header = header[:start] + value + header[header.index('"', start):]
+    encoded = header.encode("utf_16_le")
+    with open(path, "wb") as f:
+        f.write(struct.pack(">L", len(encoded)) + encoded + struct.pack("<L", zlib.adler32(encoded) & 0xffffffff))
+        f.write(data[4 + size + 4:])
 for layout in sys.argv[3:]:
-    name, version, encoding, compression = layout.split(":")
+    name, version, encoding, compression, *flags = layout.split(":")
     write(os.path.join(out, name + ".mdx"), words, block_size=512, version=version,
-          encoding=encoding, compression_type=int(compression))
+          encoding=encoding, compression_type=int(compression), encrypt_index="enciphered" in flags)
 with open(sound_path, "rb") as f:
     sound = f.read()
 write(os.path.join(out, "resources.mdd"), {"\\apple.mp3": sound}, is_mdd=True)
-write(os.path.join(out, "locked.mdx"), words, encrypt_index=True)
+# Records enciphered with a registration key (Encrypted="1").
+write(os.path.join(out, "locked.mdx"), words, encrypt_key=b"the buyer's key", register_by="email")
+unknown = os.path.join(out, "unknown-encryption.mdx")
+write(unknown, words, encrypt_index=True)
+set_attribute(unknown, "Encrypted", "6")
+# Entries that call up styles of the header's style sheet.
+styled = os.path.join(out, "styled.mdx")
+write(styled, {
+    "water": "`1`water`2` uisce",
+    "fire": "`3`fire`1`tine`9`dóiteán `2`",
+    "plain": "no marks, a `backtick` and `x` and ``",
+}, version="1.2")
+set_attribute(styled, "StyleSheet", "1\r\n&lt;b&gt;\r\n&lt;/b&gt;\r\n2\r\n&lt;i&gt;\r\n&lt;/i&gt;\r\n3\r\n&lt;p&gt;\r\n")
 )py";
 
 QString venvPython()
@@ -94,6 +123,10 @@ TEST(MdictReader, ToolMadeFilesReadBackWhole)
         QStringLiteral("v2-utf8-zlib:2.0:utf8:2"),   QStringLiteral("v2-utf8-lzo:2.0:utf8:1"),
         QStringLiteral("v2-utf8-stored:2.0:utf8:0"), QStringLiteral("v2-utf16-zlib:2.0:utf16:2"),
         QStringLiteral("v12-utf8-zlib:1.2:utf8:2"),  QStringLiteral("v12-utf16-lzo:1.2:utf16:1"),
+        // The key index enciphered by the writer, as most downloaded files are.
+        QStringLiteral("v2-utf8-zlib-enciphered:2.0:utf8:2:enciphered"),
+        QStringLiteral("v2-gbk-lzo-enciphered:2.0:gbk:1:enciphered"),
+        QStringLiteral("v2-utf16-stored-enciphered:2.0:utf16:0:enciphered"),
     };
     makeFixtures(dir.path(), layouts);
 
@@ -135,19 +168,26 @@ TEST(MdictReader, ToolMadeFilesReadBackWhole)
     }
 }
 
-TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
+TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlaceAndDictIsUnchanged)
 {
-    QTemporaryDir dir;
-    makeFixtures(dir.path(), {QStringLiteral("stored:2.0:utf8:0"), QStringLiteral("zlib:2.0:utf8:2")});
-    const QByteArray stored = readAll(dir.path() + QStringLiteral("/stored.mdx"));
-    const QByteArray zlib = readAll(dir.path() + QStringLiteral("/zlib.mdx"));
+    testing::TempHome home;
+    makeFixtures(home.path(), {QStringLiteral("stored:2.0:utf8:0"), QStringLiteral("zlib:2.0:utf8:2"),
+                               QStringLiteral("enciphered:2.0:utf8:2:enciphered")});
+    const QByteArray stored = readAll(home.path() + QStringLiteral("/stored.mdx"));
+    const QByteArray zlib = readAll(home.path() + QStringLiteral("/zlib.mdx"));
+    const QByteArray enciphered = readAll(home.path() + QStringLiteral("/enciphered.mdx"));
+    const auto flip = [](QByteArray bytes, qsizetype at) {
+        bytes[at] = char(bytes.at(at) ^ 0x01);
+        return bytes;
+    };
 
     // The last bytes of a file are its last record block's data.
-    QByteArray flipped = stored;
-    flipped[flipped.size() - 3] = char(flipped.at(flipped.size() - 3) ^ 0x20);
-    QByteArray flippedKey = zlib;
-    const qsizetype headerEnd = 4 + ((uchar(zlib[2]) << 8) | uchar(zlib[3])) + 4;
-    flippedKey[headerEnd + 10] = char(flippedKey.at(headerEnd + 10) ^ 0x01);
+    const QByteArray flipped = flip(stored, stored.size() - 3);
+    // After the header come the key section's five numbers and their
+    // checksum (44 bytes), then the key-info block: its type word, its
+    // checksum (which the cipher key is made from), then its payload.
+    const auto headerEnd = [](const QByteArray& file) { return 4 + ((uchar(file[2]) << 8) | uchar(file[3])) + 4; };
+    const qsizetype keyInfo = headerEnd(enciphered) + 44;
 
     struct Case {
         const char* file;
@@ -156,13 +196,20 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
     };
     const Case cases[] = {
         {"flipped.mdx", flipped, QStringLiteral(": record block")},
-        {"flipped-key-section.mdx", flippedKey, QStringLiteral(": key section")},
+        {"flipped-key-section.mdx", flip(zlib, headerEnd(zlib) + 10), QStringLiteral(": key section")},
         {"truncated.mdx", zlib.left(zlib.size() * 2 / 3), QStringLiteral("truncated or a size past the end")},
         {"header-only.mdx", zlib.left(40), QStringLiteral(": header")},
-        {"locked.mdx", readAll(dir.path() + QStringLiteral("/locked.mdx")), QStringLiteral("is encrypted")},
+        {"enciphered-payload.mdx", flip(enciphered, keyInfo + 12), QStringLiteral(": key-info block (enciphered")},
+        {"enciphered-key-seed.mdx", flip(enciphered, keyInfo + 5), QStringLiteral(": key-info block (enciphered")},
+        {"locked.mdx", readAll(home.path() + QStringLiteral("/locked.mdx")),
+         QStringLiteral("(Encrypted=\"1\"): reading it needs the registration key")},
+        {"unknown.mdx", readAll(home.path() + QStringLiteral("/unknown-encryption.mdx")),
+         QStringLiteral("unknown encryption Encrypted=\"6\"")},
     };
+    home.writeDict(QStringLiteral("LDOCE5_html.json"), R"({"old":[{"index":0,"word":"old","enWords":[]}]})");
+    const QMap<QString, QByteArray> before = testing::folderSnapshot(home.path() + QStringLiteral("/Dict"));
     for (const Case& c : cases) {
-        const QString path = dir.path() + QStringLiteral("/case-") + QString::fromLatin1(c.file);
+        const QString path = home.path() + QStringLiteral("/case-") + QString::fromLatin1(c.file);
         testing::writeFile(path, c.bytes);
         CollectingSink sink;
         try {
@@ -173,7 +220,50 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
             EXPECT_TRUE(message.startsWith(path)) << c.file << ": " << error.what();
             EXPECT_TRUE(message.contains(c.place)) << c.file << ": " << error.what();
         }
+        const testing::CliRun run = testing::runLexicorn({"import", "--home", home.path(), "--into", "LDOCE5", path});
+        EXPECT_EQ(run.status, 1) << c.file;
+        EXPECT_TRUE(run.err.contains(path) && run.err.contains(QStringLiteral("the Dict folder is unchanged")))
+            << c.file << ": " << run.err.toStdString();
+        EXPECT_EQ(testing::folderSnapshot(home.path() + QStringLiteral("/Dict")), before) << c.file;
     }
+}
+
+TEST(MdictReader, StyleSheetMarksBecomeTheirHtmlAndNeverReachACard)
+{
+    testing::TempHome home;
+    makeFixtures(home.path(), {});
+    const QString styled = home.path() + QStringLiteral("/styled.mdx");
+
+    CollectingSink sink;
+    dictimport::readMdict(styled, sink);
+    QMap<QString, QString> texts;
+    for (const SourceEntry& e : sink.entries)
+        texts.insert(e.headword, e.text);
+    const struct {
+        const char* headword;
+        const char* text;
+    } expected[] = {
+        // Each style closes where the next mark starts, or at the end.
+        {"water", "<b>water</b><i> uisce</i>"},
+        // Style 3 has no closing line; style 9 does not exist, so its mark
+        // goes and the text after it is in no style.
+        {"fire", "<p>fire<b>tine</b>dóiteán <i></i>"},
+        // Backticks around anything but a number are text.
+        {"plain", "no marks, a `backtick` and `x` and ``"},
+    };
+    ASSERT_EQ(texts.size(), 3);
+    for (const auto& e : expected)
+        EXPECT_EQ(texts.value(QString::fromUtf8(e.headword)), QString::fromUtf8(e.text)) << e.headword;
+
+    const testing::CliRun run = testing::runLexicorn({"import", "--home", home.path(), "--into", "collins", styled});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const testing::CliRun lookup = testing::runLexicorn({"lookup", "--home", home.path(), "--dict", "collins", "--json", "water"});
+    ASSERT_EQ(lookup.status, 0) << lookup.err.toStdString();
+    EXPECT_TRUE(lookup.out.contains(QStringLiteral("uisce"))) << lookup.out.toStdString();
+    EXPECT_FALSE(lookup.out.contains(u'`')) << lookup.out.toStdString();
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("collins"), QStringLiteral("water"), 0);
+    EXPECT_TRUE(card.defEn.contains(QStringLiteral("water"))) << card.defEn.toStdString();
+    EXPECT_FALSE(card.defEn.contains(u'`') || card.defCn.contains(u'`')) << card.defEn.toStdString();
 }
 
 TEST(MdictReader, ImportedIntoDictFolderWithItsSound)

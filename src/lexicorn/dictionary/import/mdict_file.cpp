@@ -1,6 +1,7 @@
 #include "lexicorn/dictionary/import/mdict_file.h"
 
 #include "lexicorn/dictionary/import/mdict_blocks.h"
+#include "lexicorn/dictionary/import/mdict_cipher.h"
 
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -120,12 +121,27 @@ void MdictFile::readHeader()
         fail(where(QStringLiteral("MDict version %1 files are not supported (1.x and 2.x are)").arg(version_)));
     numberWidth_ = version_ >= 2.0 ? 8 : 4;
 
-    // "Encrypted" is "No"/"0" for a plain file; "Yes" or any other number
-    // means the keys or the records need the owner's registration to read.
+    // "Encrypted" holds two flags. 2: only the key-info block is enciphered,
+    // with a key the file itself gives, so it can be read. 1: the records
+    // are enciphered with the buyer's registration key, which we do not
+    // have. Old files say "Yes" for 1 and "No" for 0.
     const QString encrypted = attribute(QStringLiteral("Encrypted")).trimmed();
-    if (!encrypted.isEmpty() && encrypted.compare(QStringLiteral("No"), Qt::CaseInsensitive) != 0 && encrypted != QStringLiteral("0"))
-        fail(where(QStringLiteral("the dictionary is encrypted (Encrypted=\"%1\"); only unencrypted MDict files can be imported")
+    if (encrypted.isEmpty() || encrypted.compare(QStringLiteral("No"), Qt::CaseInsensitive) == 0 || encrypted == QStringLiteral("0")) {
+        keyInfoEnciphered_ = false;
+    } else if (encrypted == QStringLiteral("2")) {
+        if (version_ < 2.0)
+            fail(where(QStringLiteral("header: an enciphered key index (Encrypted=\"2\") in an MDict %1 file is not supported").arg(version_)));
+        keyInfoEnciphered_ = true;
+    } else if (encrypted == QStringLiteral("1") || encrypted == QStringLiteral("3") ||
+               encrypted.compare(QStringLiteral("Yes"), Qt::CaseInsensitive) == 0) {
+        fail(where(QStringLiteral("the dictionary is encrypted for its buyer (Encrypted=\"%1\"): reading it needs the "
+                                  "registration key it was sold with, which Lexicorn does not have")
                        .arg(encrypted)));
+    } else {
+        fail(where(QStringLiteral("header: unknown encryption Encrypted=\"%1\"; only plain files and files with "
+                                  "Encrypted=\"2\" can be imported")
+                       .arg(encrypted)));
+    }
 
     const QString encoding = attribute(QStringLiteral("Encoding")).trimmed().toUpper();
     if (encoding.isEmpty() || encoding == QStringLiteral("UTF-8") || encoding == QStringLiteral("UTF8")) {
@@ -164,8 +180,18 @@ void MdictFile::readKeySection()
     }
 
     const char* infoBytes = reader.take(infoSize);
-    const QByteArray info = v2 ? unpackBlock(infoBytes, qsizetype(infoSize), infoUnpackedSize, where(QStringLiteral("key-info block")))
-                               : QByteArray::fromRawData(infoBytes, qsizetype(infoSize));
+    QByteArray info;
+    if (!v2) {
+        info = QByteArray::fromRawData(infoBytes, qsizetype(infoSize));
+    } else if (keyInfoEnciphered_) {
+        // A wrong key or a damaged block shows as data that does not unpack
+        // or a checksum that does not match.
+        const QByteArray plain = decipherKeyInfo(infoBytes, qsizetype(infoSize));
+        info = unpackBlock(plain.constData(), plain.size(), infoUnpackedSize,
+                           where(QStringLiteral("key-info block (enciphered, Encrypted=\"2\")")));
+    } else {
+        info = unpackBlock(infoBytes, qsizetype(infoSize), infoUnpackedSize, where(QStringLiteral("key-info block")));
+    }
     const char* blocks = reader.take(blocksSize);
     offset_ += reader.offset();
 

@@ -20,7 +20,8 @@ enum class TextEncoding { Utf8, Utf16, Other };
 class MdictFile {
 public:
     // Reads the header and all keys; throws ImportError naming `fileName`
-    // and the section for a damaged, truncated or encrypted file. A resource
+    // and the section for a damaged or truncated file, or one encrypted for
+    // its buyer; a file whose key index alone is enciphered is read. A resource
     // file (.mdd) keeps its keys in UTF-16 whatever its header says.
     MdictFile(const char* data, qsizetype size, QString fileName, bool resourceFile);
 
@@ -57,6 +58,7 @@ private:
     TextEncoding encoding_ = TextEncoding::Utf8;
     QByteArray encodingName_;
     TextEncoding keyEncoding_ = TextEncoding::Utf8;
+    bool keyInfoEnciphered_ = false;  // Encrypted="2"
     qsizetype offset_ = 0;  // where the next section starts
     std::vector<Key> keys_;
 };

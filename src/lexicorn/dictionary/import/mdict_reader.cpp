@@ -1,6 +1,7 @@
 #include "lexicorn/dictionary/import/mdict_reader.h"
 
 #include "lexicorn/dictionary/import/mdict_file.h"
+#include "lexicorn/dictionary/import/mdict_styles.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -24,7 +25,7 @@ QString resourceKey(QString name)
     return name.toLower();
 }
 
-// Reads the .mdx entries; returns the sound names they use, keyed the way
+// Reads the .mdx entries, style marks expanded; returns the sound names they use, keyed the way
 // .mdd keys are compared, each with the spelling the entry wrote.
 QHash<QString, QString> readEntries(const char* data, qsizetype size, const QString& name, ImportSink& sink)
 {
@@ -32,6 +33,7 @@ QHash<QString, QString> readEntries(const char* data, qsizetype size, const QStr
     static const QString linkPrefix = QStringLiteral("@@@LINK=");
     QHash<QString, QString> sounds;
     const MdictFile file(data, size, name, false);
+    const mdict::StyleSheet styles = mdict::StyleSheet::parse(file.attribute(QStringLiteral("StyleSheet")));
     const qint64 total = file.entryCount();
     file.forEachRecord([&](qint64 index, const QString& key, const char* record, qsizetype length) {
         SourceEntry entry;
@@ -40,7 +42,7 @@ QHash<QString, QString> readEntries(const char* data, qsizetype size, const QStr
         if (text.startsWith(linkPrefix)) {
             entry.linkTo = text.mid(linkPrefix.size()).section(u'\n', 0, 0).trimmed();
         } else {
-            entry.text = text;
+            entry.text = styles.expand(text);
             entry.markup = Markup::Html;
             for (auto it = soundLink.globalMatch(text); it.hasNext();) {
                 const QString sound = it.next().captured(1);
