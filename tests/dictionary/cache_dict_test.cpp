@@ -3,9 +3,15 @@
 #include "support/temp_home.h"
 
 #include "lexicorn/dictionary/cache_dict.h"
+#include "lexicorn/dictionary/cache_index_file.h"
 #include "lexicorn/dictionary/dictionary_files.h"
 
 #include <QFile>
+
+#include <sys/stat.h>
+#include <fcntl.h>
+
+#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -141,6 +147,100 @@ TEST(CacheFileDeathTest, ACacheFileThatDoesNotDecodeEndsTheProcessNamingFileReco
     home.writeDict(QStringLiteral("LDOCE5_html.json"), R"({"take":[{"index":1,"word":"take","enWords":[{"title":"take"}]}]})");
     EXPECT_EXIT(readDictionaryFile(home.dictPath(QStringLiteral("LDOCE5_html.json"))), ::testing::ExitedWithCode(70),
                 "LDOCE5_html.json.*record \"take\"\\[0\\]\\.enWords\\[0\\]: key \"star\" is missing");
+}
+
+QByteArray cacheOf(const char* definition)
+{
+    const auto record = [&](const QString& word) {
+        return testing::makeRecord(word, {testing::makeEntry(word, QStringLiteral("verb"), {definition})});
+    };
+    // "zebra" comes last, so its records end within the parser's padding of the file's end.
+    return testing::cacheJson({{QStringLiteral("run"), {record(QStringLiteral("run"))}},
+                               {QStringLiteral("say \"hi\""), {record(QStringLiteral("hi"))}},
+                               {QStringLiteral("zebra"), {record(QStringLiteral("zebra"))}}});
+}
+
+QString definitionOf(const CacheDict& dict, const QString& word)
+{
+    const std::optional<EnWordDataList> records = dict.find(word);
+    return records && !records->empty() ? records->front()->enWords.front()->defs.front()->def_en : QString();
+}
+
+ino_t inodeOf(const QString& path)
+{
+    struct stat status {};
+    return ::stat(path.toLocal8Bit().constData(), &status) == 0 ? status.st_ino : 0;
+}
+
+// The index kept next to a cache file is used while it holds for the file,
+// and made again, never trusted, when it is damaged or describes another file.
+TEST(CacheIndexFile, IsUsedWhileItHoldsForTheFileAndMadeAgainOtherwise)
+{
+    struct Case {
+        const char* what;
+        std::function<void(testing::TempHome&, const QString& cache, const QString& index)> damage;
+        QString definitionAfter;
+    };
+    const QString cacheName = QStringLiteral("LDOCE5_html.json");
+    const auto resize = [](const QString& path, qint64 size) { QFile(path).resize(size); };
+    const Case cases[] = {
+        {"nothing changed", [](auto&, auto&, auto&) {}, QStringLiteral("move")},
+        {"index truncated", [&](auto&, auto&, const QString& index) { resize(index, QFile(index).size() / 2); }, QStringLiteral("move")},
+        {"index emptied", [&](auto&, auto&, const QString& index) { resize(index, 0); }, QStringLiteral("move")},
+        {"index byte flipped",
+         [](auto&, auto&, const QString& index) {
+             QFile file(index);
+             ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+             QByteArray bytes = file.readAll();
+             bytes[bytes.size() - 3] = char(bytes[bytes.size() - 3] ^ 0x20);
+             file.seek(0);
+             file.write(bytes);
+         },
+         QStringLiteral("move")},
+        {"cache rewritten, same size",
+         [&](testing::TempHome& home, auto&, auto&) { home.writeDict(cacheName, cacheOf("walk")); },
+         QStringLiteral("walk")},
+        {"cache rewritten, same size and time",
+         [&](testing::TempHome& home, const QString& cache, auto&) {
+             struct stat before {};
+             ::stat(cache.toLocal8Bit().constData(), &before);
+             home.writeDict(cacheName, cacheOf("walk"));
+             const timespec times[2] = {before.st_atim, before.st_mtim};
+             ::utimensat(AT_FDCWD, cache.toLocal8Bit().constData(), times, 0);
+         },
+         QStringLiteral("walk")},
+        {"index of another file",
+         [&](testing::TempHome& home, auto&, const QString& index) {
+             const QString other = home.dictPath(QStringLiteral("collins_html.json"));
+             home.writeDict(QStringLiteral("collins_html.json"), cacheOf("swim") + "  ");
+             readDictionaryFile(other);
+             QFile::remove(index);
+             QFile::copy(indexPathOf(other), index);
+         },
+         QStringLiteral("move")},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        testing::TempHome home;
+        const QString cache = home.dictPath(cacheName);
+        const QString index = indexPathOf(cache);
+        home.writeDict(cacheName, cacheOf("move"));
+        EXPECT_EQ(definitionOf(*readDictionaryFile(cache), QStringLiteral("zebra")), QStringLiteral("move"));
+        ASSERT_TRUE(openIndexedCache(cache)) << "no index was written";
+
+        const ino_t written = inodeOf(index);
+        c.damage(home, cache, index);
+        const auto dict = readDictionaryFile(cache);
+        EXPECT_EQ(dict->size(), 3u);
+        for (const QString& word : {QStringLiteral("run"), QStringLiteral("say \"hi\""), QStringLiteral("zebra")})
+            EXPECT_EQ(definitionOf(*dict, word), c.definitionAfter) << word.toStdString();
+        EXPECT_FALSE(dict->contains(QStringLiteral("walk")));
+        // A whole index is used as it is; any other is replaced by one that holds.
+        EXPECT_EQ(inodeOf(index) == written, std::string_view(c.what) == "nothing changed");
+        const auto reopened = openIndexedCache(cache);
+        ASSERT_TRUE(reopened);
+        EXPECT_EQ(definitionOf(*reopened, QStringLiteral("zebra")), c.definitionAfter);
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "lexicorn/dictionary/top_level_scanner.h"
 
 #include <algorithm>
+#include <deque>
 #include <thread>
 
 namespace lexicorn {
@@ -41,21 +42,30 @@ simdjson::ondemand::parser& threadParser()
 
 }  // namespace
 
-std::shared_ptr<const CacheDict> CacheDict::fromJson(JsonBuffer json, jsonread::Failure& failure)
+void CacheDict::holdText(JsonBuffer json)
+{
+    auto owned = std::make_shared<const JsonBuffer>(std::move(json));
+    text_ = owned->view();
+    readable_ = owned->capacity();
+    textOwner_ = std::move(owned);
+}
+
+std::shared_ptr<const CacheDict> CacheDict::fromJson(JsonBuffer json, jsonread::Failure& failure, const FileStamp& stamp)
 {
     std::shared_ptr<CacheDict> dict(new CacheDict);
-    dict->json_ = std::move(json);
+    dict->holdText(std::move(json));
 
     std::vector<TopLevelEntry> entries;
-    entries.reserve(dict->json_.size() / 512);
-    const QString structureError = scanTopLevelObject(dict->json(), entries);
+    entries.reserve(dict->text_.size() / 512);
+    const QString structureError = scanTopLevelObject(dict->text_, entries);
     if (!structureError.isEmpty()) {
         failure = {{}, structureError};
         return nullptr;
     }
 
     // Keys are checked here, as the scan only delimits them; keys written
-    // with escapes are kept as their own text.
+    // with escapes are indexed by their own text.
+    std::deque<std::string> unescapedKeys;
     for (TopLevelEntry& entry : entries) {
         std::optional<std::string> text = entry.keyHasEscapes ? unescapeKey(entry.rawKey) : std::nullopt;
         if (entry.keyHasEscapes ? !text : !isPlainJsonText(entry.rawKey)) {
@@ -63,17 +73,27 @@ std::shared_ptr<const CacheDict> CacheDict::fromJson(JsonBuffer json, jsonread::
             return nullptr;
         }
         if (text)
-            entry.rawKey = dict->unescapedKeys_.emplace_back(std::move(*text));
+            entry.rawKey = unescapedKeys.emplace_back(std::move(*text));
     }
 
     if (!dict->checkRecords(entries, failure))
         return nullptr;
 
-    dict->index_.reserve(entries.size());
-    for (const TopLevelEntry& entry : entries) {
-        // A headword written twice keeps its last value.
-        dict->index_.insert_or_assign(entry.rawKey, Span{entry.valueOffset, entry.valueLength});
-    }
+    std::vector<HeadwordIndex::Headword> headwords;
+    headwords.reserve(entries.size());
+    for (const TopLevelEntry& entry : entries)
+        headwords.push_back({entry.rawKey, {entry.valueOffset, uint32_t(entry.valueLength)}});
+    dict->index_ = HeadwordIndex::build(headwords, {dict->text_.size(), stamp.modifiedNs, fingerprintOf(dict->text_)});
+    return dict;
+}
+
+std::shared_ptr<const CacheDict> CacheDict::fromIndexedFile(std::shared_ptr<const MappedFile> file, HeadwordIndex index)
+{
+    std::shared_ptr<CacheDict> dict(new CacheDict);
+    dict->text_ = file->bytes();
+    dict->readable_ = dict->text_.size();
+    dict->textOwner_ = std::move(file);
+    dict->index_ = std::move(index);
     return dict;
 }
 
@@ -84,8 +104,8 @@ bool CacheDict::checkRecords(const std::vector<TopLevelEntry>& entries, jsonread
         simdjson::ondemand::parser parser;
         for (size_t i = begin; i < end; ++i) {
             const TopLevelEntry& entry = entries[i];
-            if (!checkEnWordDataList(parser, json_.data() + entry.valueOffset, entry.valueLength,
-                                     json_.capacity() - entry.valueOffset, found))
+            if (!checkEnWordDataList(parser, text_.data() + entry.valueOffset, entry.valueLength,
+                                     readable_ - entry.valueOffset, found))
                 return i;
         }
         return end;
@@ -94,8 +114,8 @@ bool CacheDict::checkRecords(const std::vector<TopLevelEntry>& entries, jsonread
     // A large file is checked in two halves at once; the first fault in file order is reported.
     const size_t count = entries.size();
     size_t middle = count;
-    if (json_.size() >= (size_t(8) << 20)) {
-        const size_t halfway = json_.size() / 2;
+    if (text_.size() >= (size_t(8) << 20)) {
+        const size_t halfway = text_.size() / 2;
         middle = size_t(std::lower_bound(entries.begin(), entries.end(), halfway,
                                          [](const TopLevelEntry& entry, size_t offset) { return entry.valueOffset < offset; })
                         - entries.begin());
@@ -122,33 +142,31 @@ bool CacheDict::checkRecords(const std::vector<TopLevelEntry>& entries, jsonread
 std::shared_ptr<const CacheDict> CacheDict::fromRecords(const CacheRecords& records)
 {
     std::string text;
-    std::vector<std::pair<size_t, Span>> spans;  // key offset, value span
+    std::vector<HeadwordIndex::Span> spans;
     spans.reserve(records.size());
     text += '{';
     for (const auto& [headword, list] : records) {
         if (text.size() > 1)
             text += ',';
-        const size_t keyOffset = text.size();
         json::appendString(text, headword);
         text += ':';
         const size_t valueOffset = text.size();
         json::appendEnWordDataList(text, list);
-        spans.push_back({keyOffset, Span{valueOffset, text.size() - valueOffset}});
+        spans.push_back({valueOffset, uint32_t(text.size() - valueOffset)});
     }
     text += '}';
 
     std::shared_ptr<CacheDict> dict(new CacheDict);
-    dict->json_ = JsonBuffer::copyOf(text);
-    dict->index_.reserve(records.size());
+    dict->holdText(JsonBuffer::copyOf(text));
+    std::vector<QByteArray> keys;  // UTF-8 of each headword, alive while the index is made
+    keys.reserve(records.size());
+    std::vector<HeadwordIndex::Headword> headwords;
+    headwords.reserve(records.size());
     for (size_t i = 0; i < records.size(); ++i) {
-        const QByteArray headword = records[i].first.toUtf8();
-        const size_t keyOffset = spans[i].first;
-        std::string_view key(dict->json_.data() + keyOffset + 1, size_t(headword.size()));
-        // Keys written with escapes are kept as their own text.
-        if (key != std::string_view(headword.constData(), size_t(headword.size())))
-            key = dict->unescapedKeys_.emplace_back(headword.constData(), size_t(headword.size()));
-        dict->index_.insert_or_assign(key, spans[i].second);
+        const QByteArray& key = keys.emplace_back(records[i].first.toUtf8());
+        headwords.push_back({std::string_view(key.constData(), size_t(key.size())), spans[i]});
     }
+    dict->index_ = HeadwordIndex::build(headwords, {dict->text_.size(), 0, 0});
     return dict;
 }
 
@@ -158,37 +176,44 @@ std::shared_ptr<const CacheDict> CacheDict::empty()
     return none;
 }
 
-const CacheDict::Span* CacheDict::spanOf(const QString& headword) const
+std::optional<HeadwordIndex::Span> CacheDict::spanOf(const QString& headword) const
 {
     const QByteArray key = headword.toUtf8();
-    const auto found = index_.find(std::string_view(key.constData(), size_t(key.size())));
-    return found == index_.end() ? nullptr : &found->second;
+    return index_.find(std::string_view(key.constData(), size_t(key.size())));
 }
 
 QStringList CacheDict::headwords() const
 {
     QStringList words;
     words.reserve(qsizetype(index_.size()));
-    for (const auto& entry : index_)
-        words.append(jsonread::textFromUtf8(entry.first));
+    for (const std::string_view key : index_.keys())
+        words.append(jsonread::textFromUtf8(key));
     return words;
 }
 
 bool CacheDict::contains(const QString& headword) const
 {
-    return spanOf(headword) != nullptr;
+    return spanOf(headword).has_value();
 }
 
 std::optional<EnWordDataList> CacheDict::find(const QString& headword) const
 {
-    const Span* span = spanOf(headword);
+    const std::optional<HeadwordIndex::Span> span = spanOf(headword);
     if (!span)
         return std::nullopt;
+    const char* data = text_.data() + span->offset;
+    size_t readable = readable_ - span->offset;
+    // The parser reads a little past a record; a record at the very end of a
+    // mapped file has no such room, so it is read from a padded copy.
+    thread_local JsonBuffer padded;
+    if (readable < span->length + simdjson::SIMDJSON_PADDING) {
+        padded = JsonBuffer::copyOf(text_.substr(span->offset, span->length));
+        data = padded.data();
+        readable = padded.capacity();
+    }
     jsonread::Failure failure;
-    const size_t capacity = json_.capacity() - span->offset;
-    std::optional<EnWordDataList> records =
-        decodeEnWordDataList(threadParser(), json_.data() + span->offset, span->length, capacity, failure);
-    // Every span was checked when the dictionary was made.
+    std::optional<EnWordDataList> records = decodeEnWordDataList(threadParser(), data, span->length, readable, failure);
+    // Every span was checked when its index was made.
     return records ? std::move(records) : EnWordDataList{};
 }
 

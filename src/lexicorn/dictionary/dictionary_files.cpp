@@ -1,5 +1,7 @@
 #include "lexicorn/dictionary/dictionary_files.h"
 
+#include "lexicorn/dictionary/cache_index_file.h"
+
 #include "foundation/fatal.h"
 #include "foundation/log.h"
 
@@ -14,14 +16,20 @@ bool isRawCollinsPath(const QString& path)
 
 std::shared_ptr<const CacheDict> readDictionaryFile(const QString& path, const Progress& progress)
 {
+    const bool raw = isRawCollinsPath(path);
+    if (!raw) {
+        if (std::shared_ptr<const CacheDict> dict = openIndexedCache(path))
+            return dict;
+    }
     QString error;
-    std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, error);
+    FileStamp stamp;
+    std::optional<JsonBuffer> bytes = JsonBuffer::readFile(path, error, &stamp);
     if (!bytes) {
         logLine(QStringLiteral("🌀🌀🌀 cannot read %1: %2").arg(path, error));
         return CacheDict::empty();
     }
     jsonread::Failure failure;
-    if (isRawCollinsPath(path)) {
+    if (raw) {
         std::optional<CollinsWords> words = collinsWords(*bytes, failure);
         if (!words) {
             logLine(QStringLiteral("🌀🌀🌀 %1 does not decode: %2").arg(path, failure.describe()));
@@ -30,9 +38,10 @@ std::shared_ptr<const CacheDict> readDictionaryFile(const QString& path, const P
         bytes.reset();  // the raw text is not needed while converting
         return CacheDict::fromRecords(toEnWordData(*words, progress));
     }
-    std::shared_ptr<const CacheDict> dict = CacheDict::fromJson(std::move(*bytes), failure);
+    std::shared_ptr<const CacheDict> dict = CacheDict::fromJson(std::move(*bytes), failure, stamp);
     if (!dict)
         fatalError(QStringLiteral("the dictionary cache %1 does not decode: %2").arg(path, failure.describe()));
+    writeCacheIndex(*dict, path, stamp);
     return dict;
 }
 

@@ -66,7 +66,7 @@ JsonBuffer JsonBuffer::copyOf(std::string_view text)
     return buffer;
 }
 
-std::optional<JsonBuffer> JsonBuffer::readFile(const QString& path, QString& error)
+std::optional<JsonBuffer> JsonBuffer::readFile(const QString& path, QString& error, FileStamp* stamp)
 {
     const FileDescriptor file{::open(path.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC)};
     struct stat status {};
@@ -78,6 +78,8 @@ std::optional<JsonBuffer> JsonBuffer::readFile(const QString& path, QString& err
         error = QStringLiteral("not a regular file");
         return std::nullopt;
     }
+    if (stamp)
+        *stamp = fileStampOf(status);
     JsonBuffer buffer = allocate(size_t(status.st_size));
     size_t done = 0;
     while (done < buffer.size_) {

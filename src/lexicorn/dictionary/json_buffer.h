@@ -1,5 +1,7 @@
 #pragma once
 
+#include "lexicorn/dictionary/mapped_file.h"
+
 #include <QString>
 
 #include <cstdlib>
@@ -19,8 +21,9 @@ public:
 
     // Reads a whole file. Large files are read into huge pages, which makes
     // touching a few hundred megabytes markedly cheaper. Fills error and
-    // returns nothing when the file cannot be read.
-    static std::optional<JsonBuffer> readFile(const QString& path, QString& error);
+    // returns nothing when the file cannot be read. Fills stamp, when given,
+    // with the stamp of the file that was read.
+    static std::optional<JsonBuffer> readFile(const QString& path, QString& error, FileStamp* stamp = nullptr);
 
     const char* data() const { return bytes_.get(); }
     size_t size() const { return size_; }
