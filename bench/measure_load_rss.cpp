@@ -1,11 +1,17 @@
-// lexicorn-measure-load-rss FILE: loads one dictionary file the way the
-// engine does and prints its size, the load time and the process's peak
-// resident memory. Peak memory is a property of the whole process, so this
-// runs on its own: anything loaded before would raise the figure.
+// lexicorn-measure-load-rss FILE [WORD] [--without-index]: loads one
+// dictionary file the way the engine does, looks WORD up when given, and
+// prints the file's size, the load time and the process's peak resident
+// memory. With --without-index the index kept beside the file is removed
+// first, so the load reads, checks and indexes the whole file (and writes the
+// index again). Peak memory is a property of the whole process, so this runs
+// on its own: anything loaded before would raise the figure.
 //
 // Output is one "key value" pair a line, for people and for bench/run.
 
+#include "lexicorn/dictionary/cache_index_file.h"
 #include "lexicorn/dictionary/dictionary_files.h"
+
+#include <QFile>
 
 #include <QString>
 
@@ -42,11 +48,25 @@ double currentRssBytes()
 
 int main(int argc, char* argv[])
 {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: lexicorn-measure-load-rss FILE\n");
+    const auto processStart = std::chrono::steady_clock::now();
+    std::string path;
+    std::string word;
+    bool withoutIndex = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--without-index")
+            withoutIndex = true;
+        else if (path.empty())
+            path = argument;
+        else
+            word = argument;
+    }
+    if (path.empty()) {
+        std::fprintf(stderr, "usage: lexicorn-measure-load-rss FILE [WORD] [--without-index]\n");
         return 2;
     }
-    const std::string path = argv[1];
+    if (withoutIndex)
+        QFile::remove(lexicorn::indexPathOf(QString::fromStdString(path)));
     std::error_code error;
     const auto fileSize = std::filesystem::file_size(path, error);
     if (error) {
@@ -58,6 +78,8 @@ int main(int argc, char* argv[])
     const auto start = std::chrono::steady_clock::now();
     const auto dict = lexicorn::readDictionaryFile(QString::fromStdString(path));
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    const bool found = word.empty() || dict->find(QString::fromStdString(word)).has_value();
+    const std::chrono::duration<double> sinceMain = std::chrono::steady_clock::now() - processStart;
     const double afterLoad = currentRssBytes();
     // The kernel keeps its memory counters loosely, so the high-water mark
     // can read a little under the present size, which is a lower bound for it.
@@ -69,9 +91,12 @@ int main(int argc, char* argv[])
     std::printf("headwords %zu\n", dict->size());
     std::printf("load_s %.3f\n", elapsed.count());
     std::printf("load_mb_per_s %.0f\n", double(fileSize) / mb / elapsed.count());
+    std::printf("main_to_first_lookup_s %.3f\n", sinceMain.count());
     std::printf("rss_before_load_mb %.1f\n", startRss / mb);
     std::printf("rss_after_load_mb %.1f\n", afterLoad / mb);
     std::printf("peak_rss_mb %.1f\n", peak / mb);
     std::printf("peak_rss_over_file %.2f\n", peak / double(fileSize));
-    return dict->isEmpty() ? 1 : 0;
+    if (!found)
+        std::fprintf(stderr, "lexicorn-measure-load-rss: \"%s\" is not in %s\n", word.c_str(), path.c_str());
+    return dict->isEmpty() || !found ? 1 : 0;
 }
