@@ -205,6 +205,20 @@ std::optional<HeadwordIndex> HeadwordIndex::open(std::string_view bytes, std::sh
     return index;
 }
 
+std::string HeadwordIndex::withHeaderFor(std::string_view bytes, const CacheIdentity& cache)
+{
+    std::string sealed(bytes);
+    if (sealed.size() < sizeof(Header))
+        return sealed;
+    Header header = readAt<Header>(sealed, 0);
+    header.cacheSize = cache.size;
+    header.cacheModifiedNs = cache.modifiedNs;
+    header.cacheFingerprint = cache.fingerprint;
+    header.checksum = checksumOf(std::string_view(sealed).substr(sizeof(Header)));
+    std::memcpy(sealed.data(), &header, sizeof header);
+    return sealed;
+}
+
 uint32_t HeadwordIndex::bucketAt(size_t bucket) const
 {
     return readAt<uint32_t>(bytes_, sizeof(Header) + bucket * 4);

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -59,6 +60,11 @@ public:
 
     // The whole index, as open() reads it back.
     std::string_view bytes() const { return bytes_; }
+
+    // Bytes with their header's cache identity and checksum rewritten to claim
+    // them for cache. The fuzzer uses it to get past those two checks to the
+    // structure behind them.
+    static std::string withHeaderFor(std::string_view bytes, const CacheIdentity& cache);
 
 private:
     struct Entry;
