@@ -4,10 +4,10 @@
 
 #include "lexicorn/dictionary/en_word_server.h"
 
+#include "foundation/install_layout.h"
 #include "foundation/paths.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -46,20 +46,6 @@ QStringList wordsOfPage(const QString& pdfPath, int pageIndex)
     return words;
 }
 
-// Copies the sample dictionary files into the Dict folder, keeping files already there.
-void installSampleDictionaries(const QString& sampleDir)
-{
-    const QDir source(sampleDir + QStringLiteral("/Dict"));
-    if (!source.exists())
-        throw CommandError(QStringLiteral("no sample dictionaries at %1").arg(source.path()));
-    QDir().mkpath(dictDirectory());
-    for (const QString& name : source.entryList({QStringLiteral("*.json")}, QDir::Files)) {
-        const QString target = dictDirectory() + u'/' + name;
-        if (!QFile::exists(target) && !QFile::copy(source.filePath(name), target))
-            throw CommandError(QStringLiteral("cannot copy %1 into %2").arg(name, dictDirectory()));
-    }
-}
-
 // The first sense of a lookup in a few words: headword, part of speech, Chinese definition.
 QString firstSense(const DictData& lookup)
 {
@@ -76,7 +62,7 @@ QString firstSense(const DictData& lookup)
 
 int runDemo(Arguments& arguments)
 {
-    const QString sampleDir = arguments.option(QStringLiteral("sample")).value_or(QStringLiteral(LEXICORN_SAMPLE_DIR));
+    const QString sampleDir = arguments.option(QStringLiteral("sample")).value_or(sampleDirectory());
     applyHomeOption(arguments);
     if (!arguments.positionals().isEmpty())
         throw UsageError(QStringLiteral("demo takes no words"));
@@ -87,7 +73,8 @@ int runDemo(Arguments& arguments)
         scratch.emplace();
         qputenv("LEXICORN_HOME", scratch->path().toUtf8());
     }
-    installSampleDictionaries(sampleDir);
+    if (const QString problem = copySampleDictionaries(sampleDir); !problem.isEmpty())
+        throw CommandError(problem);
     const QString book = sampleDir + QStringLiteral("/books/sample-book.pdf");
     const QStringList words = wordsOfPage(book, 0);
     print(QStringLiteral("Lexicorn demo: %1 distinct words on page 1 of %2\nDictionaries from %3\n\n")

@@ -108,25 +108,25 @@ TEST(RuntimeDispatch, AddMethodRefusesOnlyWhatTheClassItselfAlreadyHas)
 TEST(RuntimeDispatch, EncodingsAreDerivedFromTheSignatureUnlessGiven)
 {
     struct Case {
+        const char* selector;
         Imp imp;
         std::string explicitEncoding;
         std::string expected;
     };
     const std::vector<Case> cases = {
-        {makeImp([](Object&) {}), "", "v@:"},
-        {makeImp([](Object&) { return true; }), "", "B@:"},
-        {makeImp([](Object&, const std::shared_ptr<Object>&) {}), "", "v@:@"},
-        {makeImp([](Object&, std::string, int) { return 0.5; }), "", "d@:@i"},
-        {makeImp([](Object&, long long, double, const char*) {}), "", "v@:qd*"},
-        {makeImp([](Object&, bool*) {}), "", "v@:^B"},
-        {makeImp([](Object&, int) {}), "v@:{CGPoint=dd}", "v@:{CGPoint=dd}"},
-        {makeImp([](Class&) { return std::string(); }), "", "@@:"},
+        {"plain", makeImp([](Object&) {}), "", "v@:"},
+        {"answersBool", makeImp([](Object&) { return true; }), "", "B@:"},
+        {"takesObject:", makeImp([](Object&, const std::shared_ptr<Object>&) {}), "", "v@:@"},
+        {"takesText:number:", makeImp([](Object&, std::string, int) { return 0.5; }), "", "d@:@i"},
+        {"takesLong:double:chars:", makeImp([](Object&, long long, double, const char*) {}), "", "v@:qd*"},
+        {"takesFlagPointer:", makeImp([](Object&, bool*) {}), "", "v@:^B"},
+        {"takesPoint:", makeImp([](Object&, int) {}), "v@:{CGPoint=dd}", "v@:{CGPoint=dd}"},
+        {"classSide", makeImp([](Class&) { return std::string(); }), "", "@@:"},
     };
     Runtime runtime;
     Class& cls = runtime.registerClass("Encoded");
-    int n = 0;
     for (const Case& c : cases) {
-        const std::string selector = "m" + std::to_string(n++);
+        const std::string selector = c.selector;
         SCOPED_TRACE(c.expected);
         if (c.imp->isClassSide()) {
             ASSERT_TRUE(runtime.addClassMethod(cls, selector, c.imp, c.explicitEncoding));

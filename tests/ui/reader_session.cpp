@@ -35,7 +35,9 @@ void ReaderSession::start(const TempHome& home, ReaderOptions options)
         if (done)
             done();
     });
-    app = host::ui::launchReader(options.plugin ? QStringLiteral(LEXICORN_PLUGIN_PATH) : QString());
+    app = host::ui::launchReader(!options.pluginFile.isEmpty() ? options.pluginFile
+                                 : options.plugin            ? QStringLiteral(LEXICORN_PLUGIN_PATH)
+                                                             : QString());
     window = std::make_unique<host::ui::ReaderWindow>(app);
     window->resize(1400, 900);
     if (options.plugin)

@@ -26,6 +26,8 @@ struct ReaderOptions {
     bool engineOff = true;
     // Without it, the collins files are left out: the engine stays loading.
     bool collins = true;
+    // Loaded instead of the built plug-in (a damaged one, for the plain reader).
+    QString pluginFile = {};
 };
 
 class ReaderSession {

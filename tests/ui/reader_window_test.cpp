@@ -34,11 +34,14 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -429,10 +432,35 @@ TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
     EXPECT_EQ(send<QString>(*app_.bookView, "selectedText"), QString());
 }
 
+// A damaged plug-in leaves a plain reader that says why in its status line.
 TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCopies)
 {
-    start(false);
+    const QString damaged = home_.path() + QStringLiteral("/liblexicorn.so");
+    QFile damagedFile(damaged);
+    ASSERT_TRUE(damagedFile.open(QIODevice::WriteOnly));
+    damagedFile.write("not a shared library");
+    damagedFile.close();
+    session_.start(home_, {.plugin = false, .pluginFile = damaged});
     saveScreenshot(*window_, QStringLiteral("reader-without-plugin"));
+    const auto* pluginStatus = window_->statusBar()->findChild<QLabel*>(QStringLiteral("pluginStatus"));
+    ASSERT_TRUE(pluginStatus);
+    EXPECT_TRUE(pluginStatus->isVisible());
+    EXPECT_EQ(pluginStatus->text(), QStringLiteral("Dictionary features are off: the plug-in did not load."));
+    EXPECT_TRUE(pluginStatus->toolTip().contains(damaged));
+
+    // What the desktop's "Open with" may hand over that is no PDF.
+    const QString picture = home_.path() + QStringLiteral("/page.pdf");
+    QImage(8, 8, QImage::Format_RGB32).save(picture, "PNG");
+    QString said;
+    QTimer::singleShot(0, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        said = box ? box->text() : QString();
+        if (box)
+            box->accept();
+    });
+    EXPECT_FALSE(window_->openFile(picture));
+    EXPECT_EQ(said, QStringLiteral("Cannot open %1:\nit is not a PDF but PNG image (image/png).").arg(picture));
+
     const int firstPage = window_->canvas().currentPage();
     QTest::keyClick(&viewport(), Qt::Key_End);
     EXPECT_GT(window_->canvas().currentPage(), firstPage);

@@ -1,5 +1,7 @@
 #include "host/app/plugin_loader.h"
 
+#include "foundation/install_layout.h"
+
 #include <QLibrary>
 
 #include <memory>
@@ -11,6 +13,10 @@ QString pluginPath()
 {
     if (qEnvironmentVariableIsSet("LEXICORN_PLUGIN"))
         return qEnvironmentVariable("LEXICORN_PLUGIN");
+    // An installed reader takes only the plug-in installed with it, never one
+    // left in a build folder.
+    if (runsInstalled())
+        return installedPluginDirectory() + QStringLiteral("/" LEXICORN_PLUGIN_FILE_NAME);
     return QStringLiteral(LEXICORN_PLUGIN_BUILD_PATH);
 }
 

@@ -5,7 +5,8 @@
 namespace lexicorn::host {
 
 // Where the plug-in is taken from: $LEXICORN_PLUGIN when set (empty: run
-// without one), else liblexicorn next to the host in the build.
+// without one), else liblexicorn installed with the reader, or for a reader in
+// the build folder the one built beside it.
 QString pluginPath();
 
 struct PluginLoad {

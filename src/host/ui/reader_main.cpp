@@ -5,6 +5,7 @@
 //                                           a screenshot of each step in DIR
 
 #include "host/ui/dialog_alerts.h"
+#include "host/ui/first_start.h"
 #include "host/ui/fonts.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
@@ -20,6 +21,8 @@ int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Lexicorn Reader"));
+    // Ties the windows to the installed desktop entry (its icon and name).
+    QApplication::setDesktopFileName(QStringLiteral("lexicorn-reader"));
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOption({QStringLiteral("tour"), QStringLiteral("Run the scripted tour, saving screenshots in DIR."), QStringLiteral("DIR")});
@@ -28,6 +31,9 @@ int main(int argc, char* argv[])
 
     using namespace lexicorn::host::ui;
     installFontFallbacks();
+    const bool tour = parser.isSet(QStringLiteral("tour"));
+    // Before the plug-in loads, so that its first dictionary load finds what is copied.
+    const FirstStartChoice firstStart = tour ? FirstStartChoice::Nothing : askAboutDictionariesOnFirstStart();
     lexicorn::host::HostApplication host = launchReader();
     ReaderWindow window(host);
     installDialogAlertPresenter(&window);
@@ -37,10 +43,12 @@ int main(int argc, char* argv[])
     if (lexicorn::runtime::respondsTo(*host.bookView, "setEnableDict:"))
         lexicorn::runtime::send<void>(*host.bookView, "setEnableDict:", true);
     const QStringList files = parser.positionalArguments();
-    if (parser.isSet(QStringLiteral("tour")))
+    if (tour)
         return runReaderTour(window, files.value(0), parser.value(QStringLiteral("tour")));
     window.show();
     if (!files.isEmpty())
         window.openFile(files.front());
+    if (firstStart == FirstStartChoice::ImportOwn)
+        window.showImportDialog();
     return application.exec();
 }

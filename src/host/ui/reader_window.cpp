@@ -26,6 +26,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeDatabase>
 #include <QMimeData>
 #include <QShortcut>
 #include <QShowEvent>
@@ -152,6 +153,14 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     ocrStatus_ = new QLabel(this);
     ocrStatus_->hide();
     statusBar()->addPermanentWidget(ocrStatus_);
+    // Without its plug-in the reader is a plain reader; the status line says
+    // so, and why, for as long as the window is open.
+    if (!application_.plugin.problem.isEmpty()) {
+        auto* pluginStatus = new QLabel(QStringLiteral("Dictionary features are off: the plug-in did not load."), this);
+        pluginStatus->setObjectName(QStringLiteral("pluginStatus"));
+        pluginStatus->setToolTip(QStringLiteral("%1\n%2").arg(application_.plugin.path, application_.plugin.problem));
+        statusBar()->addPermanentWidget(pluginStatus);
+    }
     connect(scanReader_, &ScanReader::pageReading, this, [this](int page) {
         ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
         ocrStatus_->show();
@@ -220,16 +229,7 @@ void ReaderWindow::buildActions()
     open->setShortcut(QKeySequence::Open);
     recentMenu_ = file->addMenu(QStringLiteral("Open &Recent"));
     buildRecentMenu();
-    file->addAction(QStringLiteral("Import dictionary…"), this, [this] {
-        auto* dialog = new ImportDialog(this);
-        dialog->setAttribute(Qt::WA_DeleteOnClose);
-        // The plug-in hears of the new dictionary by notification; the host knows nothing of its engine.
-        connect(dialog, &ImportDialog::imported, this, [](const QString& slot) {
-            NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("LexicornDictionaryImported"), {},
-                                                                     QVariantMap{{QStringLiteral("dict"), slot}});
-        });
-        dialog->show();
-    });
+    file->addAction(QStringLiteral("Import dictionary…"), this, &ReaderWindow::showImportDialog);
     file->addSeparator();
     file->addAction(QStringLiteral("&Quit"), QKeySequence::Quit, this, &QWidget::close);
 
@@ -287,6 +287,10 @@ bool ReaderWindow::openFile(const QString& path)
     };
     if (!QFileInfo(path).isReadable())
         return fail(QStringLiteral("the file cannot be read."));
+    // A file the desktop hands over with "Open with" may be anything.
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchContent);
+    if (!type.inherits(QStringLiteral("application/pdf")))
+        return fail(QStringLiteral("it is not a PDF but %1 (%2).").arg(type.comment(), type.name()));
     auto document = std::make_unique<PdfObjCAPI>(path);
     if (!document->isOpen())
         return fail(QStringLiteral("it is not a PDF, or it is damaged or locked."));
@@ -381,6 +385,18 @@ void ReaderWindow::rememberPage()
     const QString md5 = application_.bookView->bookMd5;
     if (!md5.isEmpty() && application_.notebook)
         MbModelTool(*application_.notebook).setLastPage(md5, canvas_->currentPage() + 1);
+}
+
+void ReaderWindow::showImportDialog()
+{
+    auto* dialog = new ImportDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    // The plug-in hears of the new dictionary by notification; the host knows nothing of its engine.
+    connect(dialog, &ImportDialog::imported, this, [](const QString& slot) {
+        NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("LexicornDictionaryImported"), {},
+                                                                 QVariantMap{{QStringLiteral("dict"), slot}});
+    });
+    dialog->show();
 }
 
 void ReaderWindow::updateStatus()

@@ -74,6 +74,8 @@ public:
     QPointF viewportToWindow(const QPointF& point) const;
     QPointF windowToViewport(const QPointF& point) const;
     void showResearchPane(const QString& sentence);
+    // File › Import dictionary…
+    void showImportDialog();
 
 protected:
     void showEvent(QShowEvent* event) override;
