@@ -86,8 +86,11 @@ TEST(CollinsConversion, RawFileThatDoesNotDecodeGivesAnEmptyDictionaryAndADiagno
 TEST(CollinsConversion, ProgressReachesTheTotal)
 {
     std::string raw = "{";
-    for (int i = 0; i < 10000; ++i)
-        raw += (i ? "," : "") + ("\"w" + std::to_string(i)) + R"(": {"star": "", "readings": [], "defs": []})";
+    for (int i = 0; i < 10000; ++i) {
+        raw += i ? ",\"w" : "\"w";
+        raw += std::to_string(i);
+        raw += R"(": {"star": "", "readings": [], "defs": []})";
+    }
     raw += "}";
     jsonread::Failure failure;
     const auto words = collinsWords(JsonBuffer::copyOf(raw), failure);

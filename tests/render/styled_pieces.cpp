@@ -62,9 +62,14 @@ std::string describe(const Pieces& pieces)
     }
     std::string out;
     for (const auto& [text, attributes] : joined) {
-        out += "«" + text.toStdString() + "»";
-        if (!attributes.isEmpty())
-            out += "{" + describe(attributes) + "}";
+        out += "«";
+        out += text.toStdString();
+        out += "»";
+        if (!attributes.isEmpty()) {
+            out += '{';
+            out += describe(attributes);
+            out += '}';
+        }
     }
     return out;
 }
