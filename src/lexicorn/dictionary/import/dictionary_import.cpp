@@ -113,15 +113,17 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
 
     // The word forms are worked out while the cache is written: both only
     // read what the writer holds, and each takes about as long.
-    std::future<std::vector<std::pair<QString, QString>>> forms;
+    std::future<WordFormList> forms;
     if (request.wordForms)
         forms = std::async(std::launch::async, [&writer] { return writer.wordForms(); });
     const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
     writeCache(stagedCache, writer);
     const QString formsPath = request.dictDir + QStringLiteral("/wordforms.json");
     const QString stagedForms = staging.path() + QStringLiteral("/wordforms.json");
-    if (request.wordForms)
-        report.formsAdded = mergeWordForms(formsPath, forms.get(), stagedForms).added;
+    if (request.wordForms) {
+        const WordFormList list = forms.get();
+        report.formsAdded = mergeWordForms(formsPath, list.pairs, stagedForms).added;
+    }
 
     // Everything is written: only renames are left. The cache goes last, so
     // the dictionary never names sounds that are not there yet.
