@@ -13,26 +13,6 @@ namespace lexicorn::dictimport {
 
 namespace {
 
-// The Chinese name of a part of speech, as the popup shows beside the English.
-QString chinesePartOfSpeech(const QString& pos)
-{
-    static const QHash<QString, QString> names{
-        {QStringLiteral("n."), QStringLiteral("名词")},     {QStringLiteral("noun"), QStringLiteral("名词")},
-        {QStringLiteral("v."), QStringLiteral("动词")},     {QStringLiteral("verb"), QStringLiteral("动词")},
-        {QStringLiteral("vt."), QStringLiteral("及物动词")}, {QStringLiteral("vi."), QStringLiteral("不及物动词")},
-        {QStringLiteral("adj."), QStringLiteral("形容词")}, {QStringLiteral("a."), QStringLiteral("形容词")},
-        {QStringLiteral("adjective"), QStringLiteral("形容词")},
-        {QStringLiteral("adv."), QStringLiteral("副词")},   {QStringLiteral("ad."), QStringLiteral("副词")},
-        {QStringLiteral("adverb"), QStringLiteral("副词")},
-        {QStringLiteral("prep."), QStringLiteral("介词")},  {QStringLiteral("conj."), QStringLiteral("连词")},
-        {QStringLiteral("pron."), QStringLiteral("代词")},  {QStringLiteral("int."), QStringLiteral("感叹词")},
-        {QStringLiteral("interj."), QStringLiteral("感叹词")}, {QStringLiteral("num."), QStringLiteral("数词")},
-        {QStringLiteral("art."), QStringLiteral("冠词")},   {QStringLiteral("abbr."), QStringLiteral("缩写")},
-        {QStringLiteral("aux."), QStringLiteral("助动词")},
-    };
-    return names.value(pos.toLower());
-}
-
 // Readings as the engine shows them, between slashes: "[rʌn]" and "rʌn" -> "/rʌn/".
 QString slashedReadings(QString readings)
 {
@@ -89,6 +69,25 @@ EnWordList entriesOf(const SourceEntry& source)
 }
 
 }  // namespace
+
+QString chinesePartOfSpeech(const QString& pos)
+{
+    static const QHash<QString, QString> names{
+        {QStringLiteral("n."), QStringLiteral("名词")},     {QStringLiteral("noun"), QStringLiteral("名词")},
+        {QStringLiteral("v."), QStringLiteral("动词")},     {QStringLiteral("verb"), QStringLiteral("动词")},
+        {QStringLiteral("vt."), QStringLiteral("及物动词")}, {QStringLiteral("vi."), QStringLiteral("不及物动词")},
+        {QStringLiteral("adj."), QStringLiteral("形容词")}, {QStringLiteral("a."), QStringLiteral("形容词")},
+        {QStringLiteral("adjective"), QStringLiteral("形容词")},
+        {QStringLiteral("adv."), QStringLiteral("副词")},   {QStringLiteral("ad."), QStringLiteral("副词")},
+        {QStringLiteral("adverb"), QStringLiteral("副词")},
+        {QStringLiteral("prep."), QStringLiteral("介词")},  {QStringLiteral("conj."), QStringLiteral("连词")},
+        {QStringLiteral("pron."), QStringLiteral("代词")},  {QStringLiteral("int."), QStringLiteral("感叹词")},
+        {QStringLiteral("interj."), QStringLiteral("感叹词")}, {QStringLiteral("num."), QStringLiteral("数词")},
+        {QStringLiteral("art."), QStringLiteral("冠词")},   {QStringLiteral("abbr."), QStringLiteral("缩写")},
+        {QStringLiteral("aux."), QStringLiteral("助动词")},
+    };
+    return names.value(pos.toLower());
+}
 
 QString safeResourceName(const QString& name)
 {

@@ -100,6 +100,10 @@ private:
     QString currentFile_;
 };
 
+// The Chinese name of a part of speech ("n." -> "名词"), as the popup shows
+// beside the English; empty for a part it does not name.
+QString chinesePartOfSpeech(const QString& pos);
+
 // Where a resource name from a dictionary file goes under the Dict folder
 // ("\\us\\run.mp3" -> "us/run.mp3"); empty when the name would leave it.
 QString safeResourceName(const QString& name);

@@ -27,20 +27,20 @@ namespace {
     throw ImportError(message.toStdString());
 }
 
-void readFile(SourceFormat format, const QString& path, ImportSink& sink)
+void readFile(SourceFormat format, const QString& path, CacheWriter& writer)
 {
     switch (format) {
     case SourceFormat::Ecdict:
-        readEcdictCsv(path, sink);
+        readEcdictCsv(path, writer);
         return;
     case SourceFormat::WordNet:
-        readWordNet(path, sink);
+        readWordNet(path, writer);
         return;
     case SourceFormat::StarDict:
-        readStarDict(path, sink);
+        readStarDict(path, writer);
         return;
     case SourceFormat::Mdict:
-        readMdict(path, sink);
+        readMdict(path, writer);
         return;
     }
     fail(QStringLiteral("%1: not a dictionary file this reader knows").arg(path));

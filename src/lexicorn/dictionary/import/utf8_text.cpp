@@ -1,5 +1,6 @@
 #include "lexicorn/dictionary/import/utf8_text.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -71,48 +72,92 @@ void appendEscapedControl(std::string& out, unsigned char c)
     }
 }
 
-// The text inside a JSON string: '"', '\' and control characters escaped.
-void appendEscaped(std::string& out, std::string_view text)
-{
-    size_t start = 0;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c >= 0x20 && c != '"' && c != '\\')
-            continue;
-        out.append(text.data() + start, i - start);
-        if (c < 0x20)
-            appendEscapedControl(out, c);
-        else
-            (out += '\\') += char(c);
-        start = i + 1;
-    }
-    out.append(text.data() + start, text.size() - start);
-}
+// What a byte may be, for the loops that copy text a run of ordinary bytes at a time.
+enum ByteKind : unsigned char {
+    Ordinary,
+    Blank,        // '\t' '\n' '\v' '\f' '\r' ' '
+    Control,      // the other control characters
+    Escaped,      // '"' '\\'
+    MaybeBlank,   // the first byte of a blank beyond ASCII (U+0085 ... U+3000), or of another character
+};
 
-// Hands the words of the text to `piece`, with a single " " between two
-// words where blanks were: what QString::simplified keeps.
-template <typename Piece>
-void forEachSimplifiedPiece(std::string_view text, bool controlsBlank, Piece piece)
+constexpr std::array<ByteKind, 256> byteKinds = [] {
+    std::array<ByteKind, 256> kinds{};
+    for (int c = 0; c < 0x20; ++c)
+        kinds[size_t(c)] = Control;
+    for (unsigned char c : {'\t', '\n', '\v', '\f', '\r', ' '})
+        kinds[c] = Blank;
+    kinds['"'] = Escaped;
+    kinds['\\'] = Escaped;
+    for (unsigned char c : {0xC2, 0xE1, 0xE2, 0xE3})
+        kinds[c] = MaybeBlank;
+    return kinds;
+}();
+
+// Copies text into out, escaped for a JSON string when `json`, with its
+// blanks as QString::simplified leaves them: runs of them one space, none at
+// the ends. With controlsBlank, control characters count as blanks.
+template <bool json, bool controlsBlank>
+void appendSimplifiedText(std::string& out, std::string_view text)
 {
-    const size_t n = text.size();
-    size_t i = 0;
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* end = p + text.size();
     bool started = false;
     bool gap = false;
-    while (i < n) {
-        if (const size_t blank = blankLength(text, i, controlsBlank)) {
-            gap = true;
-            i += blank;
+    while (p < end) {
+        const auto* run = p;
+        while (p < end && byteKinds[*p] == Ordinary)
+            ++p;
+        if (p > run) {
+            if (started && gap)
+                out += ' ';
+            out.append(reinterpret_cast<const char*>(run), size_t(p - run));
+            started = true;
+            gap = false;
             continue;
         }
-        const size_t start = i;
-        do {
-            ++i;
-        } while (i < n && !blankLength(text, i, controlsBlank));
+        const ByteKind kind = byteKinds[*p];
+        size_t blank = 0;
+        if (kind == Blank || (kind == Control && controlsBlank))
+            blank = 1;
+        else if (kind == MaybeBlank)
+            blank = blankLength(text, size_t(p - reinterpret_cast<const unsigned char*>(text.data())), controlsBlank);
+        if (blank) {
+            gap = true;
+            p += blank;
+            continue;
+        }
         if (started && gap)
-            piece(std::string_view(" "));
-        piece(text.substr(start, i - start));
+            out += ' ';
         started = true;
         gap = false;
+        if (json && kind == Escaped)
+            (out += '\\') += char(*p);
+        else if (json && kind == Control)
+            appendEscapedControl(out, *p);
+        else
+            out += char(*p);
+        ++p;
+    }
+}
+
+// The text inside a JSON string: '"', '\\' and control characters escaped.
+void appendEscaped(std::string& out, std::string_view text)
+{
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* end = p + text.size();
+    while (p < end) {
+        const auto* run = p;
+        while (p < end && *p >= 0x20 && *p != '"' && *p != '\\')
+            ++p;
+        out.append(reinterpret_cast<const char*>(run), size_t(p - run));
+        if (p == end)
+            return;
+        if (*p < 0x20)
+            appendEscapedControl(out, *p);
+        else
+            (out += '\\') += char(*p);
+        ++p;
     }
 }
 
@@ -171,12 +216,12 @@ std::string_view trimmed(std::string_view text)
 
 void appendSimplified(std::string& out, std::string_view text)
 {
-    forEachSimplifiedPiece(text, false, [&](std::string_view piece) { out += piece; });
+    appendSimplifiedText<false, false>(out, text);
 }
 
 void appendClean(std::string& out, std::string_view text)
 {
-    forEachSimplifiedPiece(text, true, [&](std::string_view piece) { out += piece; });
+    appendSimplifiedText<false, true>(out, text);
 }
 
 bool cleansToNothing(std::string_view text)
@@ -200,7 +245,7 @@ void appendJsonString(std::string& out, std::string_view text)
 void appendCleanJsonString(std::string& out, std::string_view text)
 {
     out += '"';
-    forEachSimplifiedPiece(text, true, [&](std::string_view piece) { appendEscaped(out, piece); });
+    appendSimplifiedText<true, true>(out, text);
     out += '"';
 }
 
