@@ -111,19 +111,18 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
     report.warnings = writer.warnings();
     report.cachePath = request.dictDir + u'/' + request.slot.fileName();
 
-    // The word forms are worked out while the cache is written: both only
-    // read what the writer holds, and each takes about as long.
-    std::future<WordFormList> forms;
-    if (request.wordForms)
-        forms = std::async(std::launch::async, [&writer] { return writer.wordForms(); });
-    const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
-    writeCache(stagedCache, writer);
+    // The word-form map is worked out and written while the cache is: both
+    // only read what the writer holds, and each takes about as long.
     const QString formsPath = request.dictDir + QStringLiteral("/wordforms.json");
     const QString stagedForms = staging.path() + QStringLiteral("/wordforms.json");
+    std::future<WordFormsMerge> forms;
     if (request.wordForms) {
-        const WordFormList list = forms.get();
-        report.formsAdded = mergeWordForms(formsPath, list.pairs, stagedForms).added;
+        forms = std::async(std::launch::async, [&] { return mergeWordForms(formsPath, writer.wordForms().pairs, stagedForms); });
     }
+    const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
+    writeCache(stagedCache, writer);
+    if (request.wordForms)
+        report.formsAdded = forms.get().added;
 
     // Everything is written: only renames are left. The cache goes last, so
     // the dictionary never names sounds that are not there yet.
