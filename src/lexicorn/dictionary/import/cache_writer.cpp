@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QHash>
 
+#include <algorithm>
+
 namespace lexicorn::dictimport {
 
 namespace {
@@ -110,11 +112,6 @@ void CacheWriter::beginFile(const QString& path)
 {
     currentFile_ = path;
     nextIndex_ = 0;
-}
-
-uint32_t CacheWriter::slotOf(std::string_view key) const
-{
-    return slotIndex_.find(key, [this](uint32_t slot) { return slots_[slot].key; });
 }
 
 void CacheWriter::addRecord(std::string_view headword, std::string_view recordJson, unsigned wordClasses)
@@ -243,23 +240,44 @@ WordFormList CacheWriter::wordForms() const
     pairs.reserve(fileForms_.size() + slots_.size() * 2);
     TextIndex taken;
     const auto formOf = [&pairs](uint32_t item) { return pairs[item].first; };
-    const auto add = [&](std::string_view form, std::string_view headword, bool generated) {
-        if (generated && slotOf(form) != TextIndex::none)
+    const auto keyOf = [this](uint32_t slot) { return slots_[slot].key; };
+    const auto add = [&](std::string_view form, uint32_t hash, std::string_view headword, bool generated) {
+        if (generated && slotIndex_.find(form, hash, keyOf) != TextIndex::none)
             return;
         const auto item = uint32_t(pairs.size());
-        if (taken.findOrAdd(form, item, formOf) != item)
+        if (taken.findOrAdd(form, hash, item, formOf) != item)
             return;
         pairs.emplace_back(generated ? forms.generated.add(form) : form, headword);
     };
     for (const auto& [form, headword] : fileForms_)
-        add(form, headword, false);
-    for (const Slot& slot : slots_) {
-        for (unsigned c = 0; c <= unsigned(WordClass::Other); ++c) {
-            if (!(slot.wordClasses & (1u << c)))
-                continue;
-            for (const std::string& form : regularForms(slot.key, WordClass(c)))
-                add(form, slot.key, true);
+        add(form, TextIndex::hashOf(form), headword, false);
+
+    // Regular forms of a batch of headwords at a time, their places in both
+    // tables fetched before any is looked up.
+    struct Generated {
+        std::string form;
+        std::string_view headword;
+        uint32_t hash;
+    };
+    std::vector<Generated> batch;
+    constexpr size_t batchSlots = 64;
+    for (size_t start = 0; start < slots_.size(); start += batchSlots) {
+        batch.clear();
+        for (size_t s = start; s < std::min(slots_.size(), start + batchSlots); ++s) {
+            const Slot& slot = slots_[s];
+            for (unsigned c = 0; c <= unsigned(WordClass::Other); ++c) {
+                if (!(slot.wordClasses & (1u << c)))
+                    continue;
+                for (std::string& form : regularForms(slot.key, WordClass(c))) {
+                    const uint32_t hash = TextIndex::hashOf(form);
+                    slotIndex_.prefetch(hash);
+                    taken.prefetch(hash);
+                    batch.push_back({std::move(form), slot.key, hash});
+                }
+            }
         }
+        for (const Generated& g : batch)
+            add(g.form, g.hash, g.headword, true);
     }
     return forms;
 }

@@ -86,7 +86,6 @@ private:
         uint32_t last = 0;
         unsigned wordClasses = 0;  // bit per WordClass seen in its senses
     };
-    uint32_t slotOf(std::string_view key) const;
 
     QString staging_;
     std::function<void(qint64, qint64)> progressHandler_;
