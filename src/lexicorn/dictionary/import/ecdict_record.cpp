@@ -4,6 +4,8 @@
 #include "lexicorn/dictionary/import/html_senses.h"
 #include "lexicorn/dictionary/import/utf8_text.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <cstring>
 

@@ -8,8 +8,6 @@
 
 #include "lexicorn/dictionary/import/inflections.h"
 
-#include <QString>
-
 #include <array>
 #include <string>
 #include <string_view>
