@@ -1,6 +1,7 @@
 #include "lexicorn/dictionary/import/cache_writer.h"
 
 #include "lexicorn/dictionary/import/html_senses.h"
+#include "lexicorn/dictionary/import/utf8_text.h"
 #include "lexicorn/dictionary/json_writer.h"
 #include "lexicorn/dictionary/records.h"
 
@@ -8,31 +9,11 @@
 #include <QFileInfo>
 #include <QHash>
 
-#include <unordered_set>
+#include <algorithm>
 
 namespace lexicorn::dictimport {
 
 namespace {
-
-// The Chinese name of a part of speech, as the popup shows beside the English.
-QString chinesePartOfSpeech(const QString& pos)
-{
-    static const QHash<QString, QString> names{
-        {QStringLiteral("n."), QStringLiteral("名词")},     {QStringLiteral("noun"), QStringLiteral("名词")},
-        {QStringLiteral("v."), QStringLiteral("动词")},     {QStringLiteral("verb"), QStringLiteral("动词")},
-        {QStringLiteral("vt."), QStringLiteral("及物动词")}, {QStringLiteral("vi."), QStringLiteral("不及物动词")},
-        {QStringLiteral("adj."), QStringLiteral("形容词")}, {QStringLiteral("a."), QStringLiteral("形容词")},
-        {QStringLiteral("adjective"), QStringLiteral("形容词")},
-        {QStringLiteral("adv."), QStringLiteral("副词")},   {QStringLiteral("ad."), QStringLiteral("副词")},
-        {QStringLiteral("adverb"), QStringLiteral("副词")},
-        {QStringLiteral("prep."), QStringLiteral("介词")},  {QStringLiteral("conj."), QStringLiteral("连词")},
-        {QStringLiteral("pron."), QStringLiteral("代词")},  {QStringLiteral("int."), QStringLiteral("感叹词")},
-        {QStringLiteral("interj."), QStringLiteral("感叹词")}, {QStringLiteral("num."), QStringLiteral("数词")},
-        {QStringLiteral("art."), QStringLiteral("冠词")},   {QStringLiteral("abbr."), QStringLiteral("缩写")},
-        {QStringLiteral("aux."), QStringLiteral("助动词")},
-    };
-    return names.value(pos.toLower());
-}
 
 // Readings as the engine shows them, between slashes: "[rʌn]" and "rʌn" -> "/rʌn/".
 QString slashedReadings(QString readings)
@@ -91,6 +72,25 @@ EnWordList entriesOf(const SourceEntry& source)
 
 }  // namespace
 
+QString chinesePartOfSpeech(const QString& pos)
+{
+    static const QHash<QString, QString> names{
+        {QStringLiteral("n."), QStringLiteral("名词")},     {QStringLiteral("noun"), QStringLiteral("名词")},
+        {QStringLiteral("v."), QStringLiteral("动词")},     {QStringLiteral("verb"), QStringLiteral("动词")},
+        {QStringLiteral("vt."), QStringLiteral("及物动词")}, {QStringLiteral("vi."), QStringLiteral("不及物动词")},
+        {QStringLiteral("adj."), QStringLiteral("形容词")}, {QStringLiteral("a."), QStringLiteral("形容词")},
+        {QStringLiteral("adjective"), QStringLiteral("形容词")},
+        {QStringLiteral("adv."), QStringLiteral("副词")},   {QStringLiteral("ad."), QStringLiteral("副词")},
+        {QStringLiteral("adverb"), QStringLiteral("副词")},
+        {QStringLiteral("prep."), QStringLiteral("介词")},  {QStringLiteral("conj."), QStringLiteral("连词")},
+        {QStringLiteral("pron."), QStringLiteral("代词")},  {QStringLiteral("int."), QStringLiteral("感叹词")},
+        {QStringLiteral("interj."), QStringLiteral("感叹词")}, {QStringLiteral("num."), QStringLiteral("数词")},
+        {QStringLiteral("art."), QStringLiteral("冠词")},   {QStringLiteral("abbr."), QStringLiteral("缩写")},
+        {QStringLiteral("aux."), QStringLiteral("助动词")},
+    };
+    return names.value(pos.toLower());
+}
+
 QString safeResourceName(const QString& name)
 {
     QString clean = name;
@@ -112,18 +112,21 @@ void CacheWriter::beginFile(const QString& path)
 {
     currentFile_ = path;
     nextIndex_ = 0;
-    // Dictionary files spend at least some 64 bytes on a headword: room for
-    // that many up front saves rehashing a table of hundreds of thousands.
-    slotIndex_.reserve(slotIndex_.size() + size_t(QFileInfo(path).size() / 64));
 }
 
-CacheWriter::Slot& CacheWriter::slotFor(const QString& headword)
+void CacheWriter::addRecord(std::string_view headword, std::string_view recordJson, unsigned wordClasses)
 {
-    std::string key = headword.toStdString();
-    auto [found, inserted] = slotIndex_.try_emplace(key, slots_.size());
-    if (inserted)
-        slots_.push_back(Slot{std::move(key), {}, 0});
-    return slots_[found->second];
+    const auto record = uint32_t(records_.size());
+    records_.push_back(Record{nextIndex_++, recordJson});
+    const auto fresh = uint32_t(slots_.size());
+    const uint32_t slot = slotIndex_.findOrAdd(headword, fresh, [this](uint32_t s) { return slots_[s].key; });
+    if (slot == fresh) {
+        slots_.push_back(Slot{headword, record, record, wordClasses});
+        return;
+    }
+    records_[slots_[slot].last].next = record;
+    slots_[slot].last = record;
+    slots_[slot].wordClasses |= wordClasses;
 }
 
 void CacheWriter::entry(SourceEntry source)
@@ -132,26 +135,24 @@ void CacheWriter::entry(SourceEntry source)
     if (headword.isEmpty())
         return;
     EnWordData record;
-    record.index = nextIndex_++;
     record.word = headword;
     unsigned classes = 0;
     if (!source.linkTo.isEmpty()) {
         record.link = withoutCardMarkers(source.linkTo).simplified();
         if (record.link->isEmpty() || *record.link == headword)
-            return;  // a cross-reference to nothing, or to itself, leads nowhere
+            return skipRecord();  // a cross-reference to nothing, or to itself, leads nowhere
     } else {
         record.enWords = entriesOf(source);
         if (record.enWords.empty())
-            return;  // nothing the popup could show
+            return skipRecord();  // nothing the popup could show
         for (const EnWordPtr& entry : record.enWords)
             classes |= 1u << unsigned(wordClassOf(entry->pos_en));
     }
-    Slot& slot = slotFor(headword);
-    if (!slot.records.empty())
-        slot.records += ',';
-    json::appendEnWordData(slot.records, record);
-    slot.wordClasses |= classes;
-    ++entries_;
+    // The index is written when the cache is: the JSON kept starts after it.
+    std::string json;
+    json::appendEnWordData(json, record);
+    constexpr std::string_view indexZero = "{\"index\":0";
+    addRecord(text_.add(headword.toStdString()), text_.add(std::string_view(json).substr(indexZero.size())), classes);
 }
 
 void CacheWriter::wordForm(const QString& form, const QString& headword)
@@ -160,7 +161,7 @@ void CacheWriter::wordForm(const QString& form, const QString& headword)
     const QString h = headword.simplified();
     if (f.isEmpty() || h.isEmpty() || f == h)
         return;
-    fileForms_.emplace_back(f, h);
+    addWordForm(text_.add(f.toStdString()), text_.add(h.toStdString()));
 }
 
 void CacheWriter::resource(const QString& name, const QByteArray& bytes)
@@ -189,20 +190,35 @@ void CacheWriter::writeCacheJson(const std::function<void(std::string_view)>& wr
     constexpr size_t pieceSize = size_t(1) << 20;
     std::string piece;
     piece.reserve(pieceSize);
-    piece += '{';
-    bool first = true;
-    for (const Slot& slot : slots_) {
-        if (!first)
-            piece += ',';
-        first = false;
-        json::appendString(piece, QString::fromStdString(slot.key));
-        piece += ":[";
-        if (piece.size() + slot.records.size() > pieceSize) {
+    const auto add = [&](std::string_view text) {
+        if (piece.size() + text.size() > pieceSize) {
             write(piece);
             piece.clear();
-            write(slot.records);
-        } else {
-            piece += slot.records;
+        }
+        if (text.size() > pieceSize)
+            write(text);
+        else
+            piece += text;
+    };
+    piece += '{';
+    bool firstSlot = true;
+    for (const Slot& slot : slots_) {
+        if (!firstSlot)
+            piece += ',';
+        firstSlot = false;
+        // Keys have always been written as Qt decodes UTF-8, which drops a
+        // byte-order mark at the start.
+        std::string_view key = slot.key;
+        if (key.starts_with("\xEF\xBB\xBF"))
+            key.remove_prefix(3);
+        utf8::appendJsonString(piece, key);
+        piece += ":[";
+        for (uint32_t r = slot.first; r != TextIndex::none; r = records_[r].next) {
+            if (r != slot.first)
+                piece += ',';
+            piece += "{\"index\":";
+            piece += std::to_string(records_[r].index);
+            add(records_[r].json);
         }
         piece += ']';
     }
@@ -217,27 +233,51 @@ std::string CacheWriter::cacheJson() const
     return out;
 }
 
-std::vector<std::pair<QString, QString>> CacheWriter::wordForms() const
+WordFormList CacheWriter::wordForms() const
 {
-    std::vector<std::pair<QString, QString>> forms;
-    std::unordered_set<std::string> taken;
-    taken.reserve(fileForms_.size() + slots_.size() * 5);  // rehashing millions of forms costs more than the space
-    const auto add = [&](const QString& form, const QString& headword, bool generated) {
-        std::string key = form.toStdString();
-        if ((generated && slotIndex_.contains(key)) || !taken.insert(std::move(key)).second)
+    WordFormList forms;
+    std::vector<std::pair<std::string_view, std::string_view>>& pairs = forms.pairs;
+    pairs.reserve(fileForms_.size() + slots_.size() * 2);
+    TextIndex taken;
+    const auto formOf = [&pairs](uint32_t item) { return pairs[item].first; };
+    const auto keyOf = [this](uint32_t slot) { return slots_[slot].key; };
+    const auto add = [&](std::string_view form, uint32_t hash, std::string_view headword, bool generated) {
+        if (generated && slotIndex_.find(form, hash, keyOf) != TextIndex::none)
             return;
-        forms.emplace_back(form, headword);
+        const auto item = uint32_t(pairs.size());
+        if (taken.findOrAdd(form, hash, item, formOf) != item)
+            return;
+        pairs.emplace_back(generated ? forms.generated.add(form) : form, headword);
     };
     for (const auto& [form, headword] : fileForms_)
-        add(form, headword, false);
-    for (const Slot& slot : slots_) {
-        const QString headword = QString::fromStdString(slot.key);
-        for (unsigned c = 0; c <= unsigned(WordClass::Other); ++c) {
-            if (!(slot.wordClasses & (1u << c)))
-                continue;
-            for (const QString& form : regularForms(headword, WordClass(c)))
-                add(form, headword, true);
+        add(form, TextIndex::hashOf(form), headword, false);
+
+    // Regular forms of a batch of headwords at a time, their places in both
+    // tables fetched before any is looked up.
+    struct Generated {
+        std::string form;
+        std::string_view headword;
+        uint32_t hash;
+    };
+    std::vector<Generated> batch;
+    constexpr size_t batchSlots = 64;
+    for (size_t start = 0; start < slots_.size(); start += batchSlots) {
+        batch.clear();
+        for (size_t s = start; s < std::min(slots_.size(), start + batchSlots); ++s) {
+            const Slot& slot = slots_[s];
+            for (unsigned c = 0; c <= unsigned(WordClass::Other); ++c) {
+                if (!(slot.wordClasses & (1u << c)))
+                    continue;
+                for (std::string& form : regularForms(slot.key, WordClass(c))) {
+                    const uint32_t hash = TextIndex::hashOf(form);
+                    slotIndex_.prefetch(hash);
+                    taken.prefetch(hash);
+                    batch.push_back({std::move(form), slot.key, hash});
+                }
+            }
         }
+        for (const Generated& g : batch)
+            add(g.form, g.hash, g.headword, true);
     }
     return forms;
 }

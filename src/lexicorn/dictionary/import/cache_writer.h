@@ -6,6 +6,8 @@
 
 #include "lexicorn/dictionary/import/inflections.h"
 #include "lexicorn/dictionary/import/source_entry.h"
+#include "lexicorn/dictionary/import/text_index.h"
+#include "lexicorn/dictionary/import/text_store.h"
 
 #include <QDir>
 #include <QString>
@@ -14,11 +16,17 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace lexicorn::dictimport {
+
+// Forms and the headwords they lead to, as UTF-8; the text is kept by the
+// writer that made the list and by `generated`.
+struct WordFormList {
+    std::vector<std::pair<std::string_view, std::string_view>> pairs;
+    TextStore generated;
+};
 
 class CacheWriter : public ImportSink {
 public:
@@ -37,8 +45,19 @@ public:
     void warning(const QString& message) override { warnings_.append(message); }
     const QStringList& warnings() const { return warnings_; }
 
+    // Records a reader has already made (the ECDICT reader writes its JSON
+    // straight from the file's bytes). `recordJson` is what entry() would
+    // write after the record's index: `,"word":...}`. Views into `text` and
+    // into texts kept by keepText() stay valid as long as the writer.
+    std::string_view keepText(std::string text) { return text_.keep(std::move(text)); }
+    void addRecord(std::string_view headword, std::string_view recordJson, unsigned wordClasses);
+    // An entry with nothing the popup could show still takes its index.
+    void skipRecord() { ++nextIndex_; }
+    // A form and its headword, already simplified, neither empty, not the same.
+    void addWordForm(std::string_view form, std::string_view headword) { fileForms_.emplace_back(form, headword); }
+
     size_t headwordCount() const { return slots_.size(); }
-    size_t entryCount() const { return entries_; }
+    size_t entryCount() const { return records_.size(); }
     // Staged resource names, relative to the staging folder (and to Dict).
     const std::vector<QString>& resources() const { return resources_; }
 
@@ -52,27 +71,37 @@ public:
     // imported headwords; a form already named keeps its headword. An inflection that is
     // itself an imported headword ("bed" of "be") is left out; a form a file
     // names is kept even then ("better" -> "good"), as the file means it.
-    std::vector<std::pair<QString, QString>> wordForms() const;
+    WordFormList wordForms() const;
 
 private:
     QStringList warnings_;
+    struct Record {
+        int64_t index = 0;
+        std::string_view json;  // after the index
+        uint32_t next = TextIndex::none;  // the headword's next record
+    };
     struct Slot {
-        std::string key;      // headword, UTF-8
-        std::string records;  // its records' JSON, comma-separated
+        std::string_view key;  // headword, UTF-8
+        uint32_t first = 0;    // its records, in the order read
+        uint32_t last = 0;
         unsigned wordClasses = 0;  // bit per WordClass seen in its senses
     };
-    Slot& slotFor(const QString& headword);
 
     QString staging_;
     std::function<void(qint64, qint64)> progressHandler_;
+    TextStore text_;
     std::vector<Slot> slots_;
-    std::unordered_map<std::string, size_t> slotIndex_;
-    std::vector<std::pair<QString, QString>> fileForms_;
+    std::vector<Record> records_;
+    TextIndex slotIndex_;
+    std::vector<std::pair<std::string_view, std::string_view>> fileForms_;
     std::vector<QString> resources_;
     int64_t nextIndex_ = 0;
-    size_t entries_ = 0;
     QString currentFile_;
 };
+
+// The Chinese name of a part of speech ("n." -> "名词"), as the popup shows
+// beside the English; empty for a part it does not name.
+QString chinesePartOfSpeech(const QString& pos);
 
 // Where a resource name from a dictionary file goes under the Dict folder
 // ("\\us\\run.mp3" -> "us/run.mp3"); empty when the name would leave it.

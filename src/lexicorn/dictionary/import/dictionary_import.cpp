@@ -27,20 +27,20 @@ namespace {
     throw ImportError(message.toStdString());
 }
 
-void readFile(SourceFormat format, const QString& path, ImportSink& sink)
+void readFile(SourceFormat format, const QString& path, CacheWriter& writer)
 {
     switch (format) {
     case SourceFormat::Ecdict:
-        readEcdictCsv(path, sink);
+        readEcdictCsv(path, writer);
         return;
     case SourceFormat::WordNet:
-        readWordNet(path, sink);
+        readWordNet(path, writer);
         return;
     case SourceFormat::StarDict:
-        readStarDict(path, sink);
+        readStarDict(path, writer);
         return;
     case SourceFormat::Mdict:
-        readMdict(path, sink);
+        readMdict(path, writer);
         return;
     }
     fail(QStringLiteral("%1: not a dictionary file this reader knows").arg(path));
@@ -111,17 +111,18 @@ ImportReport importDictionaries(const ImportRequest& request, const ImportProgre
     report.warnings = writer.warnings();
     report.cachePath = request.dictDir + u'/' + request.slot.fileName();
 
-    // The word forms are worked out while the cache is written: both only
-    // read what the writer holds, and each takes about as long.
-    std::future<std::vector<std::pair<QString, QString>>> forms;
-    if (request.wordForms)
-        forms = std::async(std::launch::async, [&writer] { return writer.wordForms(); });
-    const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
-    writeCache(stagedCache, writer);
+    // The word-form map is worked out and written while the cache is: both
+    // only read what the writer holds, and each takes about as long.
     const QString formsPath = request.dictDir + QStringLiteral("/wordforms.json");
     const QString stagedForms = staging.path() + QStringLiteral("/wordforms.json");
+    std::future<WordFormsMerge> forms;
+    if (request.wordForms) {
+        forms = std::async(std::launch::async, [&] { return mergeWordForms(formsPath, writer.wordForms().pairs, stagedForms); });
+    }
+    const QString stagedCache = staging.path() + QStringLiteral("/cache.json");
+    writeCache(stagedCache, writer);
     if (request.wordForms)
-        report.formsAdded = mergeWordForms(formsPath, forms.get(), stagedForms).added;
+        report.formsAdded = forms.get().added;
 
     // Everything is written: only renames are left. The cache goes last, so
     // the dictionary never names sounds that are not there yet.

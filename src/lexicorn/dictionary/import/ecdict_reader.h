@@ -5,17 +5,22 @@
 // exchange, detail, audio, then one row per headword. Fields follow the usual
 // CSV quoting; line breaks inside a field are written as real breaks or as
 // the two characters "\n".
+//
+// ECDICT runs to 770,000 rows, so its rows become cache records straight
+// from the file's bytes, on as many threads as there are cores, and are
+// handed to the writer in file order: the result, warnings and errors are
+// those of reading the rows one after the other.
 
-#include "lexicorn/dictionary/import/source_entry.h"
+#include "lexicorn/dictionary/import/cache_writer.h"
 
 #include <QString>
 
 namespace lexicorn::dictimport {
 
 // Throws ImportError naming the file and the line for a row it cannot read.
-void readEcdictCsv(const QString& csvPath, ImportSink& sink);
+void readEcdictCsv(const QString& csvPath, CacheWriter& writer);
 
 // The same, over bytes already in memory; `name` stands for the file in messages.
-void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, ImportSink& sink);
+void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWriter& writer);
 
 }  // namespace lexicorn::dictimport

@@ -1,33 +1,31 @@
 #include "lexicorn/dictionary/import/inflections.h"
 
-#include <QStringList>
-
 namespace lexicorn::dictimport {
 
 namespace {
 
-bool isVowel(QChar c)
+bool isVowel(char c)
 {
-    return QStringView(u"aeiou").contains(c);
+    return std::string_view("aeiou").find(c) != std::string_view::npos;
 }
 
-bool isPlainLowerWord(const QString& word)
+bool isPlainLowerWord(std::string_view word)
 {
     if (word.size() < 2)
         return false;
-    for (QChar c : word) {
-        if (c < u'a' || c > u'z')
+    for (char c : word) {
+        if (c < 'a' || c > 'z')
             return false;
     }
     return true;
 }
 
-int vowelGroups(const QString& word)
+int vowelGroups(std::string_view word)
 {
     int groups = 0;
     bool inVowel = false;
-    for (QChar c : word) {
-        const bool vowel = isVowel(c) || c == u'y';
+    for (char c : word) {
+        const bool vowel = isVowel(c) || c == 'y';
         if (vowel && !inVowel)
             ++groups;
         inVowel = vowel;
@@ -37,48 +35,49 @@ int vowelGroups(const QString& word)
 
 // One syllable ending consonant-vowel-consonant doubles its last letter
 // before -ed, -ing, -er: stop -> stopped, big -> bigger (not w, x, y).
-bool doublesLastLetter(const QString& word)
+bool doublesLastLetter(std::string_view word)
 {
-    const qsizetype n = word.size();
+    const size_t n = word.size();
     if (n < 3 || vowelGroups(word) != 1)
         return false;
-    const QChar last = word[n - 1];
-    return !isVowel(last) && !QStringView(u"wxy").contains(last) && isVowel(word[n - 2]) && !isVowel(word[n - 3]);
+    const char last = word[n - 1];
+    return !isVowel(last) && std::string_view("wxy").find(last) == std::string_view::npos && isVowel(word[n - 2])
+        && !isVowel(word[n - 3]);
 }
 
-bool endsInConsonantY(const QString& word)
+bool endsInConsonantY(std::string_view word)
 {
-    return word.size() >= 2 && word.endsWith(u'y') && !isVowel(word[word.size() - 2]);
+    return word.size() >= 2 && word.ends_with('y') && !isVowel(word[word.size() - 2]);
 }
 
-QString withS(const QString& word)
+std::string withS(std::string_view word)
 {
     if (endsInConsonantY(word))
-        return word.chopped(1) + QStringLiteral("ies");
-    for (const char16_t* ending : {u"s", u"x", u"z", u"ch", u"sh"}) {
-        if (word.endsWith(QStringView(ending)))
-            return word + QStringLiteral("es");
+        return std::string(word.substr(0, word.size() - 1)) + "ies";
+    for (const char* ending : {"s", "x", "z", "ch", "sh"}) {
+        if (word.ends_with(ending))
+            return std::string(word) + "es";
     }
-    return word + u's';
+    return std::string(word) + 's';
 }
 
 // The stem a vowel suffix (-ed, -ing, -er, -est) is added to.
-QString stemForVowelSuffix(const QString& word, bool keepsFinalE)
+std::string stemForVowelSuffix(std::string_view word)
 {
     if (doublesLastLetter(word))
-        return word + word.back();
-    if (!keepsFinalE && word.endsWith(u'e') && !word.endsWith(QStringLiteral("ee")))
-        return word.chopped(1);
-    return word;
+        return std::string(word) + word.back();
+    if (word.ends_with('e') && !word.ends_with("ee"))
+        return std::string(word.substr(0, word.size() - 1));
+    return std::string(word);
 }
 
-QString withSuffix(const QString& word, const QString& suffix)
+std::string withSuffix(std::string_view word, std::string_view suffix)
 {
-    if (endsInConsonantY(word) && suffix != u"ing")
-        return word.chopped(1) + u'i' + suffix;
-    if (suffix == u"ing" && word.endsWith(QStringLiteral("ie")))
-        return word.chopped(2) + QStringLiteral("ying");
-    return stemForVowelSuffix(word, false) + suffix;
+    if (endsInConsonantY(word) && suffix != "ing")
+        return std::string(word.substr(0, word.size() - 1)) + 'i' + std::string(suffix);
+    if (suffix == "ing" && word.ends_with("ie"))
+        return std::string(word.substr(0, word.size() - 2)) + "ying";
+    return stemForVowelSuffix(word) + std::string(suffix);
 }
 
 }  // namespace
@@ -97,21 +96,21 @@ WordClass wordClassOf(const QString& pos)
     return WordClass::Other;
 }
 
-std::vector<QString> regularForms(const QString& headword, WordClass wordClass)
+std::vector<std::string> regularForms(std::string_view headword, WordClass wordClass)
 {
     if (!isPlainLowerWord(headword) || wordClass == WordClass::Other)
         return {};
     const bool any = wordClass == WordClass::Unknown;
-    std::vector<QString> forms;
+    std::vector<std::string> forms;
     if (any || wordClass == WordClass::Noun || wordClass == WordClass::Verb)
         forms.push_back(withS(headword));
     if (any || wordClass == WordClass::Verb) {
-        forms.push_back(withSuffix(headword, QStringLiteral("ed")));
-        forms.push_back(withSuffix(headword, QStringLiteral("ing")));
+        forms.push_back(withSuffix(headword, "ed"));
+        forms.push_back(withSuffix(headword, "ing"));
     }
     if (any || wordClass == WordClass::Adjective) {
-        forms.push_back(withSuffix(headword, QStringLiteral("er")));
-        forms.push_back(withSuffix(headword, QStringLiteral("est")));
+        forms.push_back(withSuffix(headword, "er"));
+        forms.push_back(withSuffix(headword, "est"));
     }
     return forms;
 }

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace lexicorn::dictimport {
@@ -18,7 +20,7 @@ WordClass wordClassOf(const QString& pos);
 
 // Plural (nouns), third person, past and -ing (verbs), comparative and
 // superlative (adjectives); all of them for Unknown. Only for headwords of
-// lower-case letters; other headwords (phrases, abbreviations) get none.
-std::vector<QString> regularForms(const QString& headword, WordClass wordClass);
+// lower-case letters a-z; other headwords (phrases, abbreviations) get none.
+std::vector<std::string> regularForms(std::string_view headword, WordClass wordClass);
 
 }  // namespace lexicorn::dictimport

@@ -1,6 +1,7 @@
 #include "lexicorn/dictionary/import/word_forms_merge.h"
 
 #include "lexicorn/dictionary/import/source_entry.h"
+#include "lexicorn/dictionary/import/utf8_text.h"
 #include "lexicorn/dictionary/json_buffer.h"
 #include "lexicorn/dictionary/json_reader.h"
 #include "lexicorn/dictionary/json_writer.h"
@@ -27,7 +28,7 @@ void appendPair(std::string& out, std::string_view form, std::string_view headwo
 
 }  // namespace
 
-WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std::pair<QString, QString>>& forms,
+WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std::pair<std::string_view, std::string_view>>& forms,
                               const QString& outPath)
 {
     WordFormsMerge merge;
@@ -67,14 +68,14 @@ WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std
     // one of them, and then the user's stays.
     out.reserve(out.size() + forms.size() * 24);
     for (const auto& [form, headword] : forms) {
-        if (!known.empty() && known.contains(form.toStdString()))
+        if (!known.empty() && known.contains(std::string(form)))
             continue;
         if (!first)
             out += ',';
         first = false;
-        json::appendString(out, form);
+        utf8::appendJsonString(out, form);
         out += ':';
-        json::appendString(out, headword);
+        utf8::appendJsonString(out, headword);
         ++merge.added;
     }
     out += '}';

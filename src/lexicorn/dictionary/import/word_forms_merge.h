@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,8 +19,8 @@ struct WordFormsMerge {
 // Writes the merged map to outPath. existingPath may name no file (an empty
 // map). An existing map that does not decode is an ImportError: replacing it
 // would lose what the user wrote.
-// The imported forms come without repeats among themselves.
-WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std::pair<QString, QString>>& forms,
+// The imported forms (UTF-8) come without repeats among themselves.
+WordFormsMerge mergeWordForms(const QString& existingPath, const std::vector<std::pair<std::string_view, std::string_view>>& forms,
                               const QString& outPath);
 
 }  // namespace lexicorn::dictimport
