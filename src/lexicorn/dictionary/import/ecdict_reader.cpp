@@ -199,6 +199,7 @@ QStringRow readThroughQString(const ecdict::Fields& fields, const QString& word)
 struct Layout {
     std::array<int, ColumnCount> columns{};
     size_t expectedFields = 0;  // 0: no header, no count to hold rows to
+    EcdictRows rows = EcdictRows::Fast;
 };
 
 Layout standardLayout()
@@ -283,7 +284,7 @@ private:
             const int at = layout_.columns[size_t(c)];
             values[size_t(c)] = at >= 0 && size_t(at) < count ? fields[at].text(scratch_[size_t(c)]) : std::string_view();
         }
-        if (ecdict::RecordMaker::canMake(values)) {
+        if (layout_.rows == EcdictRows::Fast && ecdict::RecordMaker::canMake(values)) {
             const std::string_view word = utf8::trimmed(values[ecdict::Word]);
             if (word.empty())
                 return noWord(result, row);
@@ -518,7 +519,7 @@ bool isBlank(const std::vector<CsvField>& fields)
 
 }  // namespace
 
-void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWriter& writer)
+void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWriter& writer, EcdictRows rowReading)
 {
     CsvRows rows(std::string_view(bytes.constData(), size_t(bytes.size())), name);
     std::vector<CsvField> fields;
@@ -541,6 +542,7 @@ void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWrite
         return;
     }
 
+    layout->rows = rowReading;
     ChunkMerger merger(writer, bytes.size());
     ChunkPipeline pipeline(*layout, name, merger);
     auto chunk = std::make_unique<Chunk>();

@@ -20,7 +20,13 @@ namespace lexicorn::dictimport {
 // Throws ImportError naming the file and the line for a row it cannot read.
 void readEcdictCsv(const QString& csvPath, CacheWriter& writer);
 
+// How rows become records: straight from UTF-8 where the row allows, or all
+// through QString, the plain reference the fast way must match (the fuzzer
+// compares the two).
+enum class EcdictRows { Fast, ThroughQString };
+
 // The same, over bytes already in memory; `name` stands for the file in messages.
-void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWriter& writer);
+void readEcdictCsvBytes(const QByteArray& bytes, const QString& name, CacheWriter& writer,
+                        EcdictRows rows = EcdictRows::Fast);
 
 }  // namespace lexicorn::dictimport
