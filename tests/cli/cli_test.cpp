@@ -2,6 +2,8 @@
 
 #include "lexicorn/dictionary/record_decoder.h"
 
+#include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -22,16 +24,23 @@ const QByteArray rawDictionary = R"({"run": {"star": "5", "readings": ["rʌn"], 
     {"def_cn": "跑", "def_en": "move fast", "pos_cn": "动词", "pos_en": "VERB", "ext": [{"ext_cn": "他跑了。", "ext_en": "He ran."}]}]},
   "walk": {"star": "4", "readings": [], "defs": [{"def_cn": "走", "def_en": "move on foot", "pos_cn": "动词", "pos_en": "VERB", "ext": []}]}})";
 
+// Every command's bad calls go through one argument reader and one error path:
+// a usage error exits 2 with one line on standard error, a failed command 1
+// with that line last (after what the engine logged), and nothing goes to
+// standard output.
 TEST(Cli, BadCallsSayWhatIsWrongOnOneLineAndFail)
 {
     testing::TempHome home;
+    testing::TempHome samples;
+    for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
+        QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, samples.dictPath(name));
+    const QString book = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
     struct Case {
         QStringList arguments;
         int status;
-        const char* message;
+        QString message;
     };
     const Case cases[] = {
-        {{}, 2, "usage: lexicorn"},
         {{"frobnicate"}, 2, "unknown command \"frobnicate\""},
         {{"lookup"}, 2, "lookup needs at least one WORD"},
         {{"lookup", "--colour", "x"}, 2, "unknown option --colour"},
@@ -43,13 +52,43 @@ TEST(Cli, BadCallsSayWhatIsWrongOnOneLineAndFail)
         {{"legacy", "--dict", "2", "x"}, 2, "--dict takes 0 (LDOCE5) or 1 (collins)"},
         {{"legacy", "a", "b"}, 2, "legacy needs exactly one WORD"},
         {{"convert", "--home", home.path()}, 1, "no raw dictionary at"},
+        {{"translate"}, 2, "translate needs a SENTENCE"},
+        {{"translate", "--engine", "google", "Hi"}, 2, "--engine takes a number"},
+        {{"translate", "--engine", "1.5", "Hi"}, 2, "--engine takes a number"},
+        {{"say"}, 2, "say needs exactly one WORD"},
+        {{"say", "two", "words"}, 2, "say needs exactly one WORD"},
+        {{"say", "  "}, 2, "say needs exactly one WORD"},
+        {{"say", "--out=", "hello"}, 2, "--out needs a file name"},
+        {{"rows", "a"}, 2, "rows prints JSON only"},
+        {{"rows", "--json", "a", "b"}, 2, "rows needs exactly one WORD"},
+        {{"card"}, 2, "card needs a subcommand"},
+        {{"card", "make", "took", "1"}, 2, "card make needs WORD SECTION ROW"},
+        {{"card", "make", "took", "0", "0"}, 2, "SECTION must be 1 or more"},
+        {{"card", "make", "took", "x", "0"}, 2, "SECTION must be a whole number"},
+        {{"card", "make", "--home", samples.path(), "took", "1", "40"}, 1, "the popup for \"took\" has no row 40 in section 1"},
+        {{"card", "fields"}, 2, "card fields needs exactly one NOTE_JSON_FILE"},
+        {{"card", "fields", "/no/such/note.json"}, 1, "cannot read /no/such/note.json"},
+        {{"sentences", "--page", "1"}, 2, "sentences needs --pdf FILE"},
+        {{"sentences", "--pdf", book, "--page", "0"}, 2, "a page number counting from 1"},
+        {{"sentences", "--pdf", book, "--page", "two"}, 2, "a page number counting from 1"},
+        {{"sentences", "--pdf", book, "--page", "1", "extra"}, 2, "sentences takes no words"},
+        {{"sentences", "--pdf", book, "--page", "4"}, 1, "has no page 4 (it has 3)"},
+        {{"sentences", "--pdf", "/no/such/book.pdf", "--page", "1"}, 1, "cannot read the book /no/such/book.pdf"},
     };
     for (const Case& c : cases) {
         const CliRun run = lexicorn(c.arguments);
-        EXPECT_EQ(run.status, c.status) << c.arguments.join(u' ').toStdString();
-        EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.message))) << c.arguments.join(u' ').toStdString() << "\n" << run.err.toStdString();
-        EXPECT_TRUE(run.out.isEmpty()) << run.out.toStdString();
+        const std::string call = c.arguments.join(u' ').toStdString();
+        EXPECT_EQ(run.status, c.status) << call << "\n" << run.err.toStdString();
+        const QString said = run.err.trimmed().section(u'\n', -1);
+        EXPECT_TRUE(said.startsWith(QStringLiteral("lexicorn: ")) && said.contains(c.message)) << call << "\n" << run.err.toStdString();
+        if (c.status == 2) {
+            EXPECT_EQ(run.err.count(u'\n'), 1) << call << "\n" << run.err.toStdString();
+        }
+        EXPECT_TRUE(run.out.isEmpty()) << call << "\n" << run.out.toStdString();
     }
+    const CliRun bare = lexicorn({});
+    EXPECT_EQ(bare.status, 2);
+    EXPECT_TRUE(bare.err.startsWith(QStringLiteral("usage: lexicorn"))) << bare.err.toStdString();
 }
 
 TEST(Cli, LookupPrintsOneJsonDocumentPerWord)

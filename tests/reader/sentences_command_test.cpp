@@ -20,31 +20,6 @@ using lexicorn::testing::runLexicorn;
 
 const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
 
-struct BadCall {
-    const char* name;
-    QStringList arguments;
-    int status;
-};
-
-TEST(SentencesCommand, RejectsBadCalls)
-{
-    const std::vector<BadCall> calls{
-        {"no book", {"sentences", "--page", "1"}, 2},
-        {"no page", {"sentences", "--pdf", sampleBook}, 2},
-        {"page zero (pages count from 1)", {"sentences", "--pdf", sampleBook, "--page", "0"}, 2},
-        {"page not a number", {"sentences", "--pdf", sampleBook, "--page", "two"}, 2},
-        {"stray word", {"sentences", "--pdf", sampleBook, "--page", "1", "extra"}, 2},
-        {"page past the end", {"sentences", "--pdf", sampleBook, "--page", "4"}, 1},
-        {"missing book", {"sentences", "--pdf", "/nonexistent/book.pdf", "--page", "1"}, 1},
-    };
-    for (const BadCall& call : calls) {
-        const auto run = runLexicorn(call.arguments);
-        EXPECT_EQ(run.status, call.status) << call.name << "\n" << run.err.toStdString();
-        EXPECT_FALSE(run.err.isEmpty()) << call.name;
-        EXPECT_TRUE(run.out.isEmpty()) << call.name;
-    }
-}
-
 TEST(SentencesCommand, PrintsOneSentenceOrSectionPerLine)
 {
     struct Case {

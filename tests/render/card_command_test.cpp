@@ -67,34 +67,6 @@ TEST_F(CardCommand, MakePrintsTheNoteThePopupWrites)
     EXPECT_EQ(note.value("notes").toArray().at(0).toObject().value("text").toString(), QString());
 }
 
-TEST_F(CardCommand, BadCallsAreReported)
-{
-    struct Case {
-        QStringList arguments;
-        int status;
-        const char* message;
-    };
-    const Case cases[] = {
-        {{"card"}, 2, "card needs a subcommand"},
-        {{"card", "frob"}, 2, "card needs a subcommand"},
-        {{"card", "make", "took", "1"}, 2, "card make needs WORD SECTION ROW"},
-        {{"card", "make", "took", "0", "0"}, 2, "SECTION must be 1 or more"},
-        {{"card", "make", "took", "x", "0"}, 2, "SECTION must be a whole number"},
-        {{"card", "make", "--ip", "127.0.0.1:1", "took", "1", "0"}, 2, "unknown option --ip"},
-        {{"card", "make", "took", "1", "40"}, 1, "the popup for \"took\" has no row 40 in section 1"},
-        {{"card", "make", "zzzz", "1", "0"}, 1, "the popup for \"zzzz\" has no row 0 in section 1"},
-        {{"card", "fields"}, 2, "card fields needs exactly one NOTE_JSON_FILE"},
-        {{"card", "fields", "--sentence", "x", "note.json"}, 2, "unknown option --sentence"},
-        {{"card", "fields", "/no/such/note.json"}, 1, "cannot read /no/such/note.json"},
-    };
-    for (const Case& c : cases) {
-        const CliRun run = lexicorn(c.arguments);
-        EXPECT_EQ(run.status, c.status) << c.arguments.join(u' ').toStdString() << "\n" << run.err.toStdString();
-        EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.message))) << c.arguments.join(u' ').toStdString() << "\n" << run.err.toStdString();
-        EXPECT_TRUE(run.out.isEmpty()) << run.out.toStdString();
-    }
-}
-
 TEST_F(CardCommand, FieldsPrintsTheAnkiNoteOrTheError)
 {
     const CliRun made = lexicorn({"card", "make", "--dict", "LDOCE5", "--sentence", "She took the book home.", "took", "1", "0"});

@@ -121,28 +121,5 @@ TEST(RowsCli, JsonSectionsOfSampleLookups)
     }
 }
 
-TEST(RowsCli, BadCallsAreUsageErrors)
-{
-    testing::TempHome home;
-    copySampleDictionaries(home);
-    const struct {
-        QStringList arguments;
-        const char* message;
-    } cases[] = {
-        {{"rows", "a"}, "rows prints JSON only"},
-        {{"rows", "--json"}, "rows needs exactly one WORD"},
-        {{"rows", "--json", "a", "b"}, "rows needs exactly one WORD"},
-        {{"rows", "--dict", "oxford", "--json", "a"}, "unknown dictionary"},
-        {{"rows", "--json", "--colour", "red", "a"}, "unknown option --colour"},
-    };
-    for (const auto& c : cases) {
-        const CliRun run = lexicorn(c.arguments);
-        EXPECT_EQ(run.status, 2) << c.arguments.join(u' ').toStdString();
-        EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.message))) << c.arguments.join(u' ').toStdString() << "\n"
-                                                                    << run.err.toStdString();
-        EXPECT_EQ(run.out, QString()) << c.arguments.join(u' ').toStdString();
-    }
-}
-
 }  // namespace
 }  // namespace lexicorn

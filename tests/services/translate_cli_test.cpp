@@ -23,30 +23,6 @@ QString storedEngine(const testing::TempHome& home)
     return UserDefaults(home.path() + QStringLiteral("/.config/Lexicorn/Lexicorn.ini")).string(QStringLiteral("SPECIAL_ENGINE"));
 }
 
-TEST(TranslateCli, BadCallsAreUsageErrors)
-{
-    testing::TempHome home;
-    struct Case {
-        QStringList arguments;
-        const char* message;
-    };
-    const Case cases[] = {
-        {{"translate"}, "translate needs a SENTENCE"},
-        {{"translate", "--engine", "google", "Hi"}, "--engine takes a number"},
-        {{"translate", "--engine", "-1", "Hi"}, "--engine takes a number"},
-        {{"translate", "--engine", "1.5", "Hi"}, "--engine takes a number"},
-        {{"translate", "--engine"}, "--engine needs a value"},
-        {{"translate", "--colour", "red", "Hi"}, "unknown option --colour"},
-    };
-    for (const Case& c : cases) {
-        const CliRun run = lexicorn(c.arguments);
-        EXPECT_EQ(run.status, 2) << c.arguments.join(u' ').toStdString();
-        EXPECT_TRUE(run.err.contains(QString::fromUtf8(c.message))) << c.arguments.join(u' ').toStdString() << "\n"
-                                                                    << run.err.toStdString();
-        EXPECT_EQ(run.out, QString()) << c.arguments.join(u' ').toStdString();
-    }
-}
-
 TEST(TranslateCli, EngineOptionIsForThisCallOnly)
 {
     testing::TempHome home;
