@@ -413,6 +413,28 @@ TEST_F(ReaderWindowTest, AScannedPageIsReadByOcrAndAWordQuotesItsSentence)
     }
 }
 
+// A double click selects the sentence under the pointer; with Ctrl (the
+// command key) the section it stands in.
+TEST_F(ReaderWindowTest, ADoubleClickSelectsTheSentenceAndWithCtrlTheSection)
+{
+    start(true);
+    const std::vector<host::ui::PageWord> words = host::ui::wordsOnPage(sampleBook, 1, 5);
+    const auto market = std::find_if(words.begin(), words.end(), [](const auto& w) { return w.text == QStringLiteral("market"); });
+    ASSERT_NE(market, words.end());
+    const QPoint at = onScreen(market->area.center()).toPoint();
+
+    const QString sentence =
+        QStringLiteral("Every Saturday morning my grandmother and I walk 2.5 kilometres to the old market by the river.");
+    QTest::mouseDClick(&viewport(), Qt::LeftButton, {}, at);
+    EXPECT_EQ(send<QString>(*app_.bookView, "selectionText").simplified(), sentence);
+
+    // The section runs on past the paragraph, to the page's last sentence.
+    QTest::mouseDClick(&viewport(), Qt::LeftButton, Qt::ControlModifier, at);
+    const QString section = send<QString>(*app_.bookView, "selectionText").simplified();
+    EXPECT_TRUE(section.startsWith(sentence + QStringLiteral(" She goes there"))) << section.toStdString();
+    EXPECT_TRUE(section.contains(QStringLiteral("It belongs to Mr. Green. Mr. Green is not really green"))) << section.toStdString();
+}
+
 TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
 {
     start(true);
