@@ -2,8 +2,6 @@
 
 #include "lexicorn/dictionary/record_decoder.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -32,8 +30,7 @@ TEST(Cli, BadCallsSayWhatIsWrongOnOneLineAndFail)
 {
     testing::TempHome home;
     testing::TempHome samples;
-    for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-        QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, samples.dictPath(name));
+    samples.copySampleDictionaries();
     const QString book = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
     struct Case {
         QStringList arguments;

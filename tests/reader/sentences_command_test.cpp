@@ -5,8 +5,6 @@
 #include "support/temp_home.h"
 #include "support/typeset.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -85,8 +83,7 @@ TEST(SentencesCommand, JsonGivesLineEndsAndOneRectanglePerCharacter)
 TEST(SentencesCommand, ATwoColumnPageReadsAsItsProse)
 {
     lexicorn::testing::TempHome home;
-    for (const QString& name : QDir(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict")).entryList(QDir::Files))
-        QFile::copy(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict/") + name, home.dictPath(name));
+    home.copySampleDictionaries();
     const QString pdf = lexicorn::testing::typesetPdf(home.path(), QStringLiteral("paper"),
                                                       lexicorn::testing::twoColumnSource(false));
     const auto run = runLexicorn({"sentences", "--pdf", pdf, "--page", "1"});

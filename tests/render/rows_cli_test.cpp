@@ -5,8 +5,6 @@
 
 #include "foundation/user_defaults.h"
 
-#include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,15 +16,6 @@ namespace {
 
 using testing::CliRun;
 const auto lexicorn = testing::runLexicorn;
-
-void copySampleDictionaries(const testing::TempHome& home)
-{
-    const QDir sample(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict"));
-    const QStringList names = sample.entryList(QDir::Files);
-    ASSERT_FALSE(names.isEmpty()) << sample.path().toStdString();
-    for (const QString& name : names)
-        ASSERT_TRUE(QFile::copy(sample.filePath(name), home.dictPath(name))) << name.toStdString();
-}
 
 QJsonObject styleJson(int red, int green, int blue, double size, double alpha = 1.0)
 {
@@ -75,7 +64,7 @@ void checkRuns(const QJsonObject& line, const std::string& where)
 TEST(RowsCli, JsonSectionsOfSampleLookups)
 {
     testing::TempHome home;
-    copySampleDictionaries(home);
+    home.copySampleDictionaries();
     UserDefaults::standard().set(QStringLiteral("SPECIAL_ENGINE"), 7);  // no translation request
     struct Case {
         const char* dict;

@@ -29,6 +29,15 @@ void TempHome::writeDict(const QString& name, const QByteArray& content) const
     file.write(content);
 }
 
+void TempHome::copySampleDictionaries() const
+{
+    const QDir sample(QStringLiteral(LEXICORN_SAMPLE_DIR "/Dict"));
+    const QStringList names = sample.entryList(QDir::Files);
+    ASSERT_FALSE(names.isEmpty()) << sample.path().toStdString();
+    for (const QString& name : names)
+        ASSERT_TRUE(QFile::copy(sample.filePath(name), dictPath(name))) << name.toStdString();
+}
+
 QByteArray TempHome::readDict(const QString& name) const
 {
     QFile file(dictPath(name));

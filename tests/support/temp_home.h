@@ -19,6 +19,8 @@ public:
     QString dictPath(const QString& name) const { return path() + QStringLiteral("/Dict/") + name; }
     void writeDict(const QString& name, const QByteArray& content) const;
     QByteArray readDict(const QString& name) const;
+    // The sample dictionaries (data/sample/Dict), copied into this home's Dict.
+    void copySampleDictionaries() const;
 
 private:
     QTemporaryDir dir_;
