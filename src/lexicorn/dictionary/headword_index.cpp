@@ -1,7 +1,5 @@
 #include "lexicorn/dictionary/headword_index.h"
 
-#include "foundation/fatal.h"
-
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -137,11 +135,21 @@ HeadwordIndex HeadwordIndex::build(const std::vector<Headword>& headwords, const
     append(*whole, header);
     *whole += body;
 
-    QString why;
-    std::optional<HeadwordIndex> index = open(*whole, whole, cache, why);
-    if (!index)  // a fault in build() itself
-        fatalError(QStringLiteral("a headword index just made does not read back: %1").arg(why));
-    return std::move(*index);
+    const std::string_view bytes = *whole;
+    return laidOver(bytes, std::move(whole));
+}
+
+HeadwordIndex HeadwordIndex::laidOver(std::string_view bytes, std::shared_ptr<const void> owner)
+{
+    const Header header = readAt<Header>(bytes, 0);
+    HeadwordIndex index;
+    index.owner_ = std::move(owner);
+    index.bytes_ = bytes;
+    index.count_ = size_t(header.count);
+    index.bucketCount_ = size_t(header.bucketCount);
+    index.entriesStart_ = sizeof(Header) + index.bucketCount_ * 4;
+    index.keysStart_ = index.entriesStart_ + index.count_ * sizeof(Entry);
+    return index;
 }
 
 std::optional<HeadwordIndex> HeadwordIndex::open(std::string_view bytes, std::shared_ptr<const void> owner,
@@ -171,13 +179,7 @@ std::optional<HeadwordIndex> HeadwordIndex::open(std::string_view bytes, std::sh
         return std::nullopt;
     }
 
-    HeadwordIndex index;
-    index.owner_ = std::move(owner);
-    index.bytes_ = bytes;
-    index.count_ = size_t(header.count);
-    index.bucketCount_ = size_t(header.bucketCount);
-    index.entriesStart_ = sizeof(Header) + index.bucketCount_ * 4;
-    index.keysStart_ = index.entriesStart_ + index.count_ * sizeof(Entry);
+    HeadwordIndex index = laidOver(bytes, std::move(owner));
 
     // Every number is checked once here, so a lookup never reads out of
     // bounds and every probe run ends at an empty bucket.

@@ -68,6 +68,8 @@ public:
 
 private:
     struct Entry;
+    // The index over bytes whose header has been checked (or just written).
+    static HeadwordIndex laidOver(std::string_view bytes, std::shared_ptr<const void> owner);
     Entry entryAt(uint32_t number) const;
     std::string_view keyOf(const Entry& entry) const;
     uint32_t bucketAt(size_t bucket) const;
