@@ -8,7 +8,9 @@ session bus: a test starts one of its own before it imports this module.
 """
 
 import os
+import shutil
 import subprocess
+import tempfile
 import time
 
 import pyatspi
@@ -89,3 +91,48 @@ def screenshot(display, path):
     subprocess.run(["import", "-window", "root", path], env=dict(os.environ, DISPLAY=display), check=False)
 
 
+
+
+class ReaderSession:
+    """A virtual display and a fresh home folder to start the reader in.
+
+    All is taken down on leaving the with-block; a Failure inside it first
+    saves a screenshot of the display as x11-failure.png in shots.
+    """
+
+    def __init__(self, reader, plugin, book, shots, sample_dict=None):
+        self.reader, self.book, self.shots = reader, book, shots
+        self.server, self.display = start_display()
+        self.home = tempfile.mkdtemp(prefix="lexicorn-x11-")
+        self.process = None
+        if sample_dict:
+            shutil.copytree(sample_dict, os.path.join(self.home, "Dict"))
+        self.env = dict(os.environ, DISPLAY=self.display, HOME=self.home, LEXICORN_HOME=self.home,
+                        XDG_CONFIG_HOME=self.home, LEXICORN_PLUGIN=plugin, QT_QPA_PLATFORM="xcb",
+                        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        # The accessibility bus must be up before the reader looks for it.
+        pyatspi.Registry.getDesktop(0)
+
+    def __enter__(self):
+        return self
+
+    def start_reader(self):
+        """Starts the reader on the book; its accessible application once it shows."""
+        self.process = subprocess.Popen([self.reader, self.book], env=self.env,
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        return wait_for("the reader", reader_application, 30)
+
+    def stop_reader(self):
+        if self.process:
+            self.process.kill()
+            self.process.wait()
+            self.process = None
+
+    def __exit__(self, kind, error, trace):
+        if kind is not None and issubclass(kind, Failure):
+            screenshot(self.display, os.path.join(self.shots, "x11-failure.png"))
+        self.stop_reader()
+        self.server.terminate()
+        self.server.wait()
+        shutil.rmtree(self.home, ignore_errors=True)
+        return False
