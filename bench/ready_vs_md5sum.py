@@ -9,7 +9,6 @@ beside the file (a first start after an import: the whole file is read,
 checked and indexed); the next three use the index it wrote. md5sum runs
 three times too; medians count. Prints "key value" lines.
 """
-import resource
 import subprocess
 import sys
 import time
