@@ -12,7 +12,7 @@
 
 #include "host/pdf/pdf_objc_api.h"
 #include "host/pdf/reading_order.h"
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include "support/typeset.h"
 

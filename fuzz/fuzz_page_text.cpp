@@ -22,7 +22,7 @@
 
 #include "host/app/text_selection.h"
 #include "host/pdf/reading_order.h"
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <algorithm>
 #include <cmath>

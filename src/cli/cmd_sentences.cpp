@@ -7,8 +7,8 @@
 #include "host/pdf/ocr_cache.h"
 #include "host/pdf/pdf_objc_api.h"
 #include "lexicorn/dictionary/en_word_server.h"
-#include "lexicorn/reader/broken_words.h"
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/broken_words.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include "foundation/paths.h"
 

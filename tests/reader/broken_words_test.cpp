@@ -3,7 +3,7 @@
 
 #include "page_lines.h"
 
-#include "lexicorn/reader/broken_words.h"
+#include "lexicorn/reader/sentences/broken_words.h"
 
 #include <QSet>
 

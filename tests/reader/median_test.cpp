@@ -1,6 +1,6 @@
 // The quickselect median used for line and page measurements.
 
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <gtest/gtest.h>
 

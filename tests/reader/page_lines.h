@@ -3,7 +3,7 @@
 // Made-up page text for the sentence cutter: lines of evenly spaced
 // characters with chosen positions, so gaps and right edges are known.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QString>
 

@@ -6,7 +6,7 @@
 #include "support/typeset.h"
 
 #include "host/pdf/pdf_objc_api.h"
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <QFont>
 #include <QFontInfo>

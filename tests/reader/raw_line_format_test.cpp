@@ -1,6 +1,6 @@
 #include "page_lines.h"
 
-#include "lexicorn/reader/raw_line_format.h"
+#include "lexicorn/reader/sentences/raw_line_format.h"
 
 #include <gtest/gtest.h>
 

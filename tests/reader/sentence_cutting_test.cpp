@@ -2,7 +2,7 @@
 
 #include "page_lines.h"
 
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <gtest/gtest.h>
 

@@ -21,7 +21,7 @@
 
 #include "host/pdf/pdf_objc_api.h"
 #include "lexicorn/dictionary/records.h"
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 #include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/note_format.h"
 #include "lexicorn/render/styled_text.h"

@@ -2,7 +2,7 @@
 
 #include "host/app/host_classes.h"
 
-#include "lexicorn/reader/raw_line_format.h"
+#include "lexicorn/reader/sentences/raw_line_format.h"
 
 #include "foundation/log.h"
 

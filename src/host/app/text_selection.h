@@ -3,7 +3,7 @@
 // Text selection on one page: the characters between two points in reading
 // order, as a reader selects text by dragging over it.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QPointF>
 #include <QRectF>

@@ -9,7 +9,7 @@
 // A file that is damaged, cut short or of another version is never trusted:
 // the page is recognised again and the file replaced.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QString>
 

@@ -9,7 +9,7 @@
 // text. Rectangles are kept by their edges, so characters that touch still
 // touch when read back.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QByteArray>
 

@@ -4,7 +4,7 @@
 // and read by Tesseract, and the words come back as the same lines of
 // character records that Poppler's text gives for a text page.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QString>
 

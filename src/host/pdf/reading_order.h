@@ -13,7 +13,7 @@
 // A page with no gap between columns keeps its lines in the order given, so
 // one-column pages are read exactly as their text came.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <vector>
 

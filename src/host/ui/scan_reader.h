@@ -6,7 +6,7 @@
 // text layer, and from then on selection, lookup, sentences and highlights
 // work on the page as on any other.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QObject>
 #include <QString>

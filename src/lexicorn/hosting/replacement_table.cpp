@@ -2,13 +2,13 @@
 // selector exist is installed; the others are skipped silently, so a host
 // lacking one keeps working without that feature.
 
-#include "lexicorn/hosting/card_methods.h"
+#include "lexicorn/anki/sync/card_methods.h"
 #include "lexicorn/hosting/pass_through.h"
-#include "lexicorn/hosting/reader_methods.h"
-#include "lexicorn/hosting/settings_menu.h"
+#include "lexicorn/reader/sentences/reader_methods.h"
+#include "lexicorn/settings/settings_menu.h"
 #include "lexicorn/hosting/startup.h"
-#include "lexicorn/reader/card_protection.h"
-#include "lexicorn/reader/dict_popup.h"
+#include "lexicorn/reader/popup/card_protection.h"
+#include "lexicorn/reader/popup/dict_popup.h"
 
 #include "foundation/log.h"
 

@@ -1,7 +1,7 @@
 #include "lexicorn/hosting/startup.h"
 
-#include "lexicorn/hosting/debug_flag.h"
-#include "lexicorn/hosting/middle_button_monitor.h"
+#include "lexicorn/settings/debug_flag.h"
+#include "lexicorn/settings/middle_button_monitor.h"
 
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"

@@ -8,7 +8,7 @@
 //
 // Pages: 1 three paragraphs, 2 blank, 3 one short paragraph.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QRectF>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 // The popup's classes, its table's data source and delegate methods on the
 // book view controller, its frame, and the book's opening and closing.
 
-#include "lexicorn/reader/dict_popup.h"
+#include "lexicorn/reader/popup/dict_popup.h"
 
-#include "lexicorn/reader/popup_methods.h"
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_methods.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"

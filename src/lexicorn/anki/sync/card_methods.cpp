@@ -1,6 +1,6 @@
-#include "lexicorn/hosting/card_methods.h"
+#include "lexicorn/anki/sync/card_methods.h"
 
-#include "lexicorn/hosting/runtime_note.h"
+#include "lexicorn/anki/sync/runtime_note.h"
 
 #include "lexicorn/anki/sync/card_sync.h"
 

@@ -1,7 +1,7 @@
-#include "lexicorn/hosting/reader_methods.h"
+#include "lexicorn/reader/sentences/reader_methods.h"
 
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
-#include "lexicorn/reader/raw_line_format.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/raw_line_format.h"
 
 #include "runtime/runtime.h"
 

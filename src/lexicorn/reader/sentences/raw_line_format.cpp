@@ -1,4 +1,4 @@
-#include "lexicorn/reader/raw_line_format.h"
+#include "lexicorn/reader/sentences/raw_line_format.h"
 
 namespace lexicorn {
 

@@ -1,8 +1,8 @@
-#include "lexicorn/hosting/settings_menu.h"
+#include "lexicorn/settings/settings_menu.h"
 
-#include "lexicorn/hosting/anki_setting_view.h"
-#include "lexicorn/hosting/batch_button.h"
-#include "lexicorn/hosting/settings_actions.h"
+#include "lexicorn/anki/panel/anki_setting_view.h"
+#include "lexicorn/anki/sync/batch_button.h"
+#include "lexicorn/settings/settings_actions.h"
 
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/services/ksw_translate.h"

@@ -1,6 +1,6 @@
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
-#include "lexicorn/reader/hook_pdf_page_text_tool.h"
+#include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
 #include <deque>
 #include <map>

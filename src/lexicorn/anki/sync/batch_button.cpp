@@ -1,4 +1,4 @@
-#include "lexicorn/hosting/batch_button.h"
+#include "lexicorn/anki/sync/batch_button.h"
 
 #include <QRectF>
 #include <QString>

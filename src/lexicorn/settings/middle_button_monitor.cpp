@@ -1,4 +1,4 @@
-#include "lexicorn/hosting/middle_button_monitor.h"
+#include "lexicorn/settings/middle_button_monitor.h"
 
 #include "foundation/event_types.h"
 

@@ -2,13 +2,13 @@
 // row highlights the quote sentence in the page and turns the highlight
 // into a dictionary card, sent on to Anki when the reader asks for that.
 
-#include "lexicorn/reader/popup_methods.h"
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_methods.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
 #include "lexicorn/anki/ksw_ankiconnect.h"
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
-#include "lexicorn/hosting/debug_flag.h"
+#include "lexicorn/settings/debug_flag.h"
 #include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/html_text.h"
 #include "lexicorn/render/ksw_text_attr.h"

@@ -1,6 +1,6 @@
-#include "lexicorn/reader/card_protection.h"
+#include "lexicorn/reader/popup/card_protection.h"
 
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
 #include "lexicorn/anki/ksw_ankiconnect.h"
 #include "lexicorn/anki/sync/card_sync.h"

@@ -1,10 +1,8 @@
-#include "lexicorn/hosting/settings_actions.h"
-
-#include "lexicorn/hosting/startup.h"
+#include "lexicorn/settings/settings_actions.h"
 
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_support.h"
 #include "lexicorn/services/ksw_translate.h"
 
 #include "foundation/user_defaults.h"
@@ -116,7 +114,7 @@ ObjectRef readerOf(Object& board)
 
 ObjectRef delegateObject()
 {
-    return applicationDelegate().lock();
+    return popup::applicationDelegate();
 }
 
 double cardWidthForIndex(int index)

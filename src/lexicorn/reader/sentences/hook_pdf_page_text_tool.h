@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QHash>
 #include <QString>

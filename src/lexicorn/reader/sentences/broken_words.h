@@ -4,7 +4,7 @@
 // in a sentence's text. The page's characters keep their records; only the
 // copy a text is made from changes, so highlights still cover the page.
 
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 
 #include <QString>
 

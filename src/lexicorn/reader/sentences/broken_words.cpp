@@ -1,4 +1,4 @@
-#include "lexicorn/reader/broken_words.h"
+#include "lexicorn/reader/sentences/broken_words.h"
 
 namespace lexicorn {
 

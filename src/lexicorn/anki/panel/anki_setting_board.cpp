@@ -1,7 +1,7 @@
 // The study board's side of the Anki settings panel: opening, closing and
 // the connection test.
 
-#include "lexicorn/hosting/anki_setting_view.h"
+#include "lexicorn/anki/panel/anki_setting_view.h"
 
 #include "lexicorn/anki/ksw_ankiconnect.h"
 

@@ -1,4 +1,4 @@
-#include "lexicorn/hosting/debug_flag.h"
+#include "lexicorn/settings/debug_flag.h"
 
 namespace lexicorn {
 

@@ -1,11 +1,11 @@
 // The lookup on a selection: the popup with the word's entries, the quote
 // sentence cut from the page and its translation.
 
-#include "lexicorn/reader/popup_methods.h"
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_methods.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
 #include "lexicorn/anki/sync/card_sync.h"
-#include "lexicorn/reader/broken_words.h"
+#include "lexicorn/reader/sentences/broken_words.h"
 #include "lexicorn/clipboard/ksw_hdebug.h"
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/render/markup.h"

@@ -6,7 +6,7 @@
 #include "foundation/index_path.h"
 
 #include "lexicorn/dictionary/records.h"
-#include "lexicorn/reader/char_record.h"
+#include "lexicorn/reader/sentences/char_record.h"
 #include "lexicorn/render/dict_data_rows.h"
 
 #include "runtime/hosting.h"

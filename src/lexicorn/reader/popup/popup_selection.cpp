@@ -1,8 +1,8 @@
 // Sentence and section selection by double click, the taps that close the
 // popup, and the width of new cards.
 
-#include "lexicorn/reader/popup_methods.h"
-#include "lexicorn/reader/popup_support.h"
+#include "lexicorn/reader/popup/popup_methods.h"
+#include "lexicorn/reader/popup/popup_support.h"
 
 #include "lexicorn/clipboard/ksw_hdebug.h"
 

@@ -1,6 +1,6 @@
 // The panel's class: its views, the setting buttons and the list of choices.
 
-#include "lexicorn/hosting/anki_setting_view.h"
+#include "lexicorn/anki/panel/anki_setting_view.h"
 
 #include "lexicorn/anki/ksw_ankiconnect.h"
 #include "lexicorn/render/anki_fields.h"
