@@ -73,7 +73,7 @@ void makeSettings(const QString& voiceAddress)
     for (const QString& item : contentItems)
         defaults.set(QStringLiteral("ANKISET_") + item, item);
     KSWTranslate::shareInstance().setEngine(7);
-    defaults.set(voiceHostKey, QStringLiteral("http://") + voiceAddress);
+    defaults.set(keys::voiceHost, QStringLiteral("http://") + voiceAddress);
 }
 
 bool createNoteType(const QString& address)

@@ -27,7 +27,7 @@ CardHome::CardHome()
 
 void CardHome::setVoiceHost(const QString& address)
 {
-    UserDefaults::standard().set(voiceHostKey, QStringLiteral("http://") + address);
+    UserDefaults::standard().set(keys::voiceHost, QStringLiteral("http://") + address);
 }
 
 QJsonObject commentRecord(const QString& type, const QString& text, const QString& html)

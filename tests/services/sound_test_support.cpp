@@ -44,7 +44,7 @@ std::unique_ptr<ServerProcess> startVoiceServer()
 
 void useVoiceService(const QString& base)
 {
-    UserDefaults::standard().set(voiceHostKey, base);
+    UserDefaults::standard().set(keys::voiceHost, base);
 }
 
 bool runEventsUntil(const std::function<bool()>& done, std::chrono::milliseconds limit)

@@ -163,7 +163,7 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSe
     defaults.set(ankiset::typeName, QStringLiteral("Lexicorn card"));
     for (const QString& item : testing::contentItems)
         defaults.set(QStringLiteral("ANKISET_") + item, item);
-    defaults.set(voiceHostKey, QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
+    defaults.set(keys::voiceHost, QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
 
     start(true);
     send<void>(*app_.bookView, "setAutoAddToAnki:", true);

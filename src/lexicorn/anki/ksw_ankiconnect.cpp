@@ -1,5 +1,7 @@
 #include "lexicorn/anki/ksw_ankiconnect.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include "lexicorn/anki/anki_reply.h"
 
 #include "foundation/alerts.h"
@@ -17,8 +19,6 @@ namespace lexicorn {
 
 namespace {
 
-const QString ipStringKey = QStringLiteral("ipString");
-const QString deckNameKey = QStringLiteral("ANKISET_DECKNAME");
 
 }  // namespace
 
@@ -31,7 +31,7 @@ KSWAnkiconnect& KSWAnkiconnect::shareInstance()
 KSWAnkiconnect::KSWAnkiconnect()
 {
     // The first use writes the default address into the user defaults.
-    setIpString_(UserDefaults::standard().stringIfSet(ipStringKey).value_or(defaultIpString));
+    setIpString_(UserDefaults::standard().stringIfSet(keys::ankiAddress).value_or(defaultIpString));
 }
 
 QString KSWAnkiconnect::ipString() const
@@ -42,7 +42,7 @@ QString KSWAnkiconnect::ipString() const
 
 void KSWAnkiconnect::setIpString_(const QString& ipString)
 {
-    UserDefaults::standard().set(ipStringKey, ipString);
+    UserDefaults::standard().set(keys::ankiAddress, ipString);
     std::lock_guard lock(mutex_);
     ipString_ = ipString;
 }
@@ -135,7 +135,7 @@ bool KSWAnkiconnect::createsSomething(const QString& action, const QJsonObject& 
 
 QString KSWAnkiconnect::currentDeckQuery(const QString& query)
 {
-    const std::optional<QString> deck = UserDefaults::standard().stringIfSet(deckNameKey);
+    const std::optional<QString> deck = UserDefaults::standard().stringIfSet(ankiset::deckName);
     return deck ? QStringLiteral("\"deck:%1\" %2").arg(*deck, query) : query;
 }
 

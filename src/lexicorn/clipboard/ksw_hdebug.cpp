@@ -1,5 +1,7 @@
 #include "lexicorn/clipboard/ksw_hdebug.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
@@ -27,8 +29,7 @@ void KSWHDebug::pasteboardChangedStop_(std::weak_ptr<void>)
 
 void KSWHDebug::exemption()
 {
-    static const QString key = QStringLiteral("KSW_EXEMPTION_3.7.5");
-    if (UserDefaults::standard().boolean(key))
+    if (UserDefaults::standard().boolean(keys::clipboardExemption))
         return;
     presentAlert(QStringLiteral("⚠️ 免责声明"),
                  QStringLiteral("1. Lexicorn 为免费分享的插件, 仅供测试学习使用!\n"
@@ -37,7 +38,7 @@ void KSWHDebug::exemption()
                  QStringLiteral("OK"),
                  // Stored only once the user pressed OK: quitting with the alert still open
                  // must bring it back at the next start.
-                 [] { UserDefaults::standard().set(key, true); });
+                 [] { UserDefaults::standard().set(keys::clipboardExemption, true); });
 }
 
 }  // namespace lexicorn

@@ -1,5 +1,7 @@
 #include "lexicorn/hosting/startup.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include "lexicorn/settings/debug_flag.h"
 #include "lexicorn/settings/middle_button_monitor.h"
 
@@ -13,19 +15,17 @@ namespace lexicorn {
 
 namespace {
 
-const QString selectedDictKey = QStringLiteral("SPECIAL_SELECTED_DICT");
-
 // The dictionary to load: with IS_DEBUG off the engine's own choice is stored
 // and used, so every launch starts with it; with it on, a stored choice wins.
 int64_t dictionaryToLoad()
 {
     UserDefaults& defaults = UserDefaults::standard();
-    if (!defaults.contains(selectedDictKey) || !IS_DEBUG) {
+    if (!defaults.contains(keys::selectedDict) || !IS_DEBUG) {
         const int number = EnWordServer::shared().dictTypeNumber();
-        defaults.set(selectedDictKey, number);
+        defaults.set(keys::selectedDict, number);
         return number;
     }
-    return defaults.integer(selectedDictKey);
+    return defaults.integer(keys::selectedDict);
 }
 
 }  // namespace
@@ -46,14 +46,14 @@ void startUp(runtime::Object& delegate, const std::string& notification)
 {
     // Fonts come from the platform's public font call here, so there is no
     // private font function to look up.
-    UserDefaults::standard().set(QStringLiteral("mindbooks_nomenuonnewhighlight"), false);
+    UserDefaults::standard().set(keys::noMenuOnNewHighlight, false);
     KSWHDebug::exemption();
     EnWordServer::shared().setDictTypeWithNumber(dictionaryToLoad());
 
     runtime::callPrevious<void>(launchSlot(), delegate, "applicationDidFinishLaunching:", notification);
 
     applicationDelegate() = delegate.weak_from_this();
-    runtime::send<void>(delegate, "setEnableMouse3:", UserDefaults::standard().boolean(QStringLiteral("SPECIAL_ENABLEMOUSE3")));
+    runtime::send<void>(delegate, "setEnableMouse3:", UserDefaults::standard().boolean(keys::enableMouse3));
     runtime::send<void>(delegate, "setShieldDictCard:", true);
 
     installMiddleButtonMonitor(delegate);
@@ -68,7 +68,7 @@ void startUp(runtime::Object& delegate, const std::string& notification)
                 number = candidate;
         }
         if (number)
-            UserDefaults::standard().set(selectedDictKey, int(*number));
+            UserDefaults::standard().set(keys::selectedDict, int(*number));
         EnWordServer::shared().reloadFiles(number);
     });
     // With IS_DEBUG off, as built, start-up ends here: the debugging menu is

@@ -54,6 +54,8 @@
 // Anki does not hold is not sent.
 
 #include "lexicorn/anki/anki_media.h"
+
+#include "lexicorn/settings/preference_keys.h"
 #include "lexicorn/dictionary/records.h"
 #include "lexicorn/render/card_error.h"
 
@@ -67,24 +69,6 @@
 #include <vector>
 
 namespace lexicorn {
-
-// The user-defaults keys of the Anki settings.
-namespace ankiset {
-inline const QString deckName = QStringLiteral("ANKISET_DECKNAME");
-inline const QString typeName = QStringLiteral("ANKISET_TYPENAME");
-inline const QString duplicate = QStringLiteral("ANKISET_DUPLICATE");
-inline const QString expression = QStringLiteral("ANKISET_EXPRESSION");
-inline const QString sentence = QStringLiteral("ANKISET_SENTENCE");
-inline const QString reading = QStringLiteral("ANKISET_READING");
-inline const QString extraInfo = QStringLiteral("ANKISET_EXTRAINFO");
-inline const QString definition = QStringLiteral("ANKISET_DEFINITION");
-inline const QString url = QStringLiteral("ANKISET_URL");
-inline const QString definitions = QStringLiteral("ANKISET_DEFINITIONS");
-inline const QString audio = QStringLiteral("ANKISET_AUDIO");
-// The field settings in the order their contents are stored: when two name
-// the same field, the later one wins.
-inline const QStringList fieldsInOrder{expression, definitions, sentence, extraInfo, url, definition, reading, audio};
-}  // namespace ankiset
 
 // The tag every card carries.
 inline const QString ankiCardTag = QStringLiteral("Lexicorn");

@@ -1,5 +1,7 @@
 #include "lexicorn/services/ksw_translate.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include "lexicorn/services/deepl_request.h"
 #include "lexicorn/services/translation_hosts.h"
 #include "lexicorn/services/translation_replies.h"
@@ -15,7 +17,6 @@ namespace lexicorn {
 
 namespace {
 
-const QString engineKey = QStringLiteral("SPECIAL_ENGINE");
 
 // Percent-encodes text for a URL query the way Foundation's URL-query
 // character set does: letters, digits and - . _ ~ ! $ & ' ( ) * + , ; = : @ / ?
@@ -40,9 +41,9 @@ QString nonNull(QString text)
 unsigned storedEngine()
 {
     UserDefaults& defaults = UserDefaults::standard();
-    if (!defaults.contains(engineKey))
-        defaults.set(engineKey, unsigned(KSWTranslate::googleMainland));
-    return unsigned(defaults.integer(engineKey));
+    if (!defaults.contains(keys::engine))
+        defaults.set(keys::engine, unsigned(KSWTranslate::googleMainland));
+    return unsigned(defaults.integer(keys::engine));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "lexicorn/services/translation_hosts.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include "foundation/user_defaults.h"
 
 namespace lexicorn {
@@ -31,27 +33,27 @@ ServiceHost serviceHostFromSetting(const QString& value, const QString& serviceS
 
 ServiceHost googleMainlandHost()
 {
-    return hostSetting(QStringLiteral("SPECIAL_HOST_GOOGLE_CN"), https, QStringLiteral("translate.google.cn"));
+    return hostSetting(keys::googleCnHost, https, QStringLiteral("translate.google.cn"));
 }
 
 ServiceHost googleInternationalHost()
 {
-    return hostSetting(QStringLiteral("SPECIAL_HOST_GOOGLE"), https, QStringLiteral("translate.google.com"));
+    return hostSetting(keys::googleHost, https, QStringLiteral("translate.google.com"));
 }
 
 ServiceHost youdaoHost()
 {
-    return hostSetting(QStringLiteral("SPECIAL_HOST_YOUDAO"), http, QStringLiteral("dict.youdao.com"));
+    return hostSetting(keys::youdaoHost, http, QStringLiteral("dict.youdao.com"));
 }
 
 ServiceHost eudicHost()
 {
-    return hostSetting(QStringLiteral("SPECIAL_HOST_EUDIC"), https, QStringLiteral("dict.eudic.net"));
+    return hostSetting(keys::eudicHost, https, QStringLiteral("dict.eudic.net"));
 }
 
 ServiceHost deeplHost()
 {
-    return hostSetting(QStringLiteral("SPECIAL_HOST_DEEPL"), https, QStringLiteral("www2.deepl.com"));
+    return hostSetting(keys::deeplHost, https, QStringLiteral("www2.deepl.com"));
 }
 
 }  // namespace lexicorn

@@ -14,7 +14,7 @@ QByteArray percentEncodedForQuery(const QString& text)
 
 QString voiceBaseAddress()
 {
-    QString host = UserDefaults::standard().string(voiceHostKey).trimmed();
+    QString host = UserDefaults::standard().string(keys::voiceHost).trimmed();
     if (host.isEmpty())
         host = defaultVoiceHost;
     if (!host.contains(QStringLiteral("://")))
@@ -47,7 +47,7 @@ VoiceDownload downloadVoice(const QUrl& url, std::chrono::milliseconds timeout)
     HttpRequest request;
     request.url = url;
     if (!request.url.isValid()) {
-        download.problem = QStringLiteral("the voice service address is not usable (check the %1 setting)").arg(voiceHostKey);
+        download.problem = QStringLiteral("the voice service address is not usable (check the %1 setting)").arg(keys::voiceHost);
         return download;
     }
     request.timeout = timeout;

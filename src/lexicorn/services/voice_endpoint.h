@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+
+#include "lexicorn/settings/preference_keys.h"
 #include <QString>
 #include <QUrl>
 
@@ -11,9 +13,8 @@ namespace lexicorn {
 // The online voice service: GET https://HOST/dictvoice?audio=WORD&type=2
 // answers with an MP3 of the word in an American voice.
 
-// The user-defaults setting that replaces the service's host. A value with its
-// own scheme ("http://127.0.0.1:8000") is taken as the whole base address.
-inline const QString voiceHostKey = QStringLiteral("SPECIAL_HOST_VOICE");
+// keys::voiceHost replaces the service's host. A value with its own scheme
+// ("http://127.0.0.1:8000") is taken as the whole base address.
 inline const QString defaultVoiceHost = QStringLiteral("dict.youdao.com");
 
 // The word percent-encoded for a URL query: ASCII letters and digits and

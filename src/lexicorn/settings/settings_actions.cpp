@@ -80,7 +80,7 @@ void selectDict(Object& board, int index)
             send<void>(board, "settingDict:", send<ObjectRef>(board, "dictSetting"));
         return;
     }
-    UserDefaults::standard().set(selectedDictKey, index);
+    UserDefaults::standard().set(keys::selectedDict, index);
     EnWordServer::shared().setDictTypeWithNumber(index);
 }
 
@@ -89,7 +89,7 @@ void selectCardWidth(Object& board, int index)
     const double width = cardWidthForIndex(index);
     if (const ObjectRef reader = readerOf(board); reader && runtime::respondsTo(*reader, "setCardWidth:"))
         send<void>(*reader, "setCardWidth:", width);
-    UserDefaults::standard().set(cardWidthKey, width);
+    UserDefaults::standard().set(keys::cardWidth, width);
 }
 
 void mouse3Control(bool on)
@@ -98,7 +98,7 @@ void mouse3Control(bool on)
     if (!delegate || !runtime::respondsTo(*delegate, "setEnableMouse3:"))
         return;
     send<void>(*delegate, "setEnableMouse3:", on);
-    UserDefaults::standard().set(enableMouse3Key, on);
+    UserDefaults::standard().set(keys::enableMouse3, on);
 }
 
 }  // namespace
@@ -130,7 +130,7 @@ int cardWidthIndex(double width)
 double storedCardWidth()
 {
     UserDefaults& defaults = UserDefaults::standard();
-    return defaults.contains(cardWidthKey) ? defaults.object(cardWidthKey).toDouble() : defaultCardWidth;
+    return defaults.contains(keys::cardWidth) ? defaults.object(keys::cardWidth).toDouble() : defaultCardWidth;
 }
 
 void addSettingActions(runtime::Runtime& runtime, runtime::Class& board)
@@ -145,7 +145,7 @@ void addSettingActions(runtime::Runtime& runtime, runtime::Class& board)
     runtime.addMethod(board, "asDictView:", switchAction(asDictView));
     runtime.addMethod(board, "selectDict:", makeImp(selectDict));
     runtime.addMethod(board, "selectTE:", makeImp([](Object&, int index) {
-        UserDefaults::standard().set(engineKey, index);
+        UserDefaults::standard().set(keys::engine, index);
         KSWTranslate::shareInstance().setEngine(static_cast<unsigned>(index));
     }));
     runtime.addMethod(board, "selectCardWidth:", makeImp(selectCardWidth));

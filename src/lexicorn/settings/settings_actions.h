@@ -7,6 +7,8 @@
 
 #include "runtime/runtime.h"
 
+#include "lexicorn/settings/preference_keys.h"
+
 #include <QString>
 
 #include <memory>
@@ -15,10 +17,6 @@ namespace lexicorn::settings {
 
 using ObjectRef = std::shared_ptr<runtime::Object>;
 
-inline const QString selectedDictKey = QStringLiteral("SPECIAL_SELECTED_DICT");
-inline const QString engineKey = QStringLiteral("SPECIAL_ENGINE");
-inline const QString cardWidthKey = QStringLiteral("SPECIAL_CARDWIDTH");
-inline const QString enableMouse3Key = QStringLiteral("SPECIAL_ENABLEMOUSE3");
 inline const QString cachingMessage = QStringLiteral("字典缓存中，请稍后再试！");
 
 // The width of new cards when none is stored.

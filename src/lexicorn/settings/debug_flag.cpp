@@ -1,7 +1,0 @@
-#include "lexicorn/settings/debug_flag.h"
-
-namespace lexicorn {
-
-unsigned char IS_DEBUG = 0;
-
-}  // namespace lexicorn
