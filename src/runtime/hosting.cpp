@@ -1,6 +1,8 @@
 #include "runtime/hosting.h"
+#include "runtime/hook.h"
 
 #include <cctype>
+#include <cstdio>
 
 namespace lexicorn::runtime {
 
@@ -17,6 +19,26 @@ HookOutcome _logos_register_hook(std::string_view className, std::string_view se
         slot.previous = std::move(displaced);
     return outcome;
 }
+
+namespace detail {
+
+bool installHook(const char* className, const char* selector, Imp imp, HookSlot& slot, WhenAbsent whenAbsent,
+                 Runtime& runtime)
+{
+    try {
+        const HookOutcome outcome = _logos_register_hook(className, selector, imp, slot, runtime);
+        if (outcome == HookOutcome::SelectorAbsent && whenAbsent == WhenAbsent::Add)
+            return runtime.addMethod(*runtime.classNamed(className), selector, std::move(imp));
+        return outcome == HookOutcome::Replaced || outcome == HookOutcome::Added;
+    } catch (const Error& error) {
+        // One line, written whole, so lines from other threads do not cut into it.
+        const std::string line = std::string("lexicorn: ") + error.what() + "; the host's own is kept\n";
+        std::fputs(line.c_str(), stderr);
+        return false;
+    }
+}
+
+}  // namespace detail
 
 namespace {
 

@@ -1,9 +1,10 @@
-#include "runtime/hosting.h"
+#include "runtime/hook.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
-
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,144 +29,97 @@ struct Host {
     }
 };
 
-TEST(RegisterHook, ReplacingAnOwnMethodKeepsTheDisplacedOneInTheSlot)
+// A hook's body that puts "plug-in, " before what the host's own gives.
+template <class... Args>
+std::function<bool(Runtime&)> hookCallingPrevious(const char* className, const char* selector,
+                                                  WhenAbsent whenAbsent = WhenAbsent::Skip)
 {
-    Host host;
-    const Imp hostImp = host.runtime.implementation(*host.runtime.ownInstanceMethod(host.book, "closeBook"));
-    static HookSlot slot;  // a replacement reaches its slot the way load-time code does
-    slot = {};
-    const Imp replacement = makeImp(
-        [](Object& self) { return "plug-in, then " + callPrevious<std::string>(slot, self, "closeBook"); });
-
-    EXPECT_EQ(_logos_register_hook("BookViewController", "closeBook", replacement, slot, host.runtime),
-              HookOutcome::Replaced);
-    EXPECT_EQ(slot.previous, hostImp);
-    EXPECT_EQ(slot.superclass, &host.controller);
-    EXPECT_EQ(host.runtime.implementation(*host.runtime.ownInstanceMethod(host.book, "closeBook")), replacement);
-
-    // Both the class and its subclass now run the replacement, which reaches the host's body.
-    for (Class* cls : {&host.book, &host.scrolling}) {
-        Object object(*cls);
-        EXPECT_EQ(send<std::string>(object, "closeBook"), "plug-in, then host closeBook") << cls->name();
-    }
-}
-
-TEST(RegisterHook, PreviousCallPassesArgumentsAndResults)
-{
-    Host host;
-    static HookSlot slot;
-    slot = {};
-    _logos_register_hook("BookViewController", "tableView:numberOfRowsInSection:",
-                         makeImp([](Object& self, const std::string& table, int section) {
-                             return 1 + callPrevious<int>(slot, self, "tableView:numberOfRowsInSection:", table,
-                                                          section);
-                         }),
-                         slot, host.runtime);
-    Object object(host.book);
-    EXPECT_EQ(send<int>(object, "tableView:numberOfRowsInSection:", std::string("t"), 4), 41);
-}
-
-TEST(RegisterHook, AnInheritedOnlySelectorIsAddedOnTheClassAndThePreviousCallReachesTheAncestor)
-{
-    Host host;
-    static HookSlot slot;
-    slot = {};
-    const Imp replacement = makeImp(
-        [](Object& self) { return "hooked " + callPrevious<std::string>(slot, self, "viewDidLoad"); });
-    const std::string ancestorEncoding = host.runtime.ownInstanceMethod(host.responder, "viewDidLoad")->encoding();
-
-    EXPECT_EQ(_logos_register_hook("BookViewController", "viewDidLoad", replacement, slot, host.runtime),
-              HookOutcome::Added);
-    EXPECT_EQ(slot.previous, nullptr);
-    EXPECT_EQ(slot.superclass, &host.controller);
-
-    Method* added = host.runtime.ownInstanceMethod(host.book, "viewDidLoad");
-    ASSERT_NE(added, nullptr);
-    EXPECT_EQ(added->encoding(), ancestorEncoding);
-    EXPECT_EQ(host.runtime.implementation(*added), replacement);
-
-    // The ancestor is untouched, and instances of the class and of its subclass reach it
-    // exactly once (a lookup from the receiver's class would recurse into the replacement).
-    struct Case {
-        Class* cls;
-        std::string expected;
+    return [=](Runtime& runtime) {
+        auto hook = std::make_shared<Hook<std::string(Args...)>>(className, selector);
+        return hook->install([hook](Object& self, Args... args) { return "plug-in, " + hook->callPrevious(self, args...); },
+                             whenAbsent, runtime);
     };
-    const Case cases[] = {
-        {&host.responder, "Responder.viewDidLoad"},
-        {&host.controller, "Responder.viewDidLoad"},
-        {&host.book, "hooked Responder.viewDidLoad"},
-        {&host.scrolling, "hooked Responder.viewDidLoad"},
-    };
-    for (const Case& c : cases) {
-        Object object(*c.cls);
-        EXPECT_EQ(send<std::string>(object, "viewDidLoad"), c.expected) << c.cls->name();
-    }
 }
 
-TEST(RegisterHook, AbsentClassOrSelectorIsSkippedSilently)
+TEST(Hook, FollowsTheHostingRules)
 {
     struct Case {
-        const char* className;
+        const char* what;
+        std::function<bool(Runtime&)> install;
+        bool installed;
         const char* selector;
-        HookOutcome expected;
+        // What responder, controller, book and scrolling instances answer; empty: no such method.
+        std::array<const char*, 4> answers;
+        const char* logged = "";
     };
+    const char* host = "host closeBook";
+    const char* inherited = "Responder.viewDidLoad";
+    const char* hooked = "plug-in, host closeBook";
+    const char* hookedInherited = "plug-in, Responder.viewDidLoad";
     const Case cases[] = {
-        {"NoSuchController", "closeBook", HookOutcome::ClassAbsent},
-        {"BookViewController", "noSuchSelector:", HookOutcome::SelectorAbsent},
-        {"Responder", "closeBook", HookOutcome::SelectorAbsent},  // defined only below
+        {"the class's own method: replaced, the host's kept and called",
+         hookCallingPrevious("BookViewController", "closeBook"), true, "closeBook", {"", "", hooked, hooked}},
+        // A lookup of the previous from the receiver's class would loop for the subclass.
+        {"only an ancestor has it: added on the class, the previous is the ancestor's",
+         hookCallingPrevious("BookViewController", "viewDidLoad"), true, "viewDidLoad",
+         {inherited, inherited, hookedInherited, hookedInherited}},
+        {"no class has it: skipped", hookCallingPrevious("BookViewController", "noSuchSelector:"), false,
+         "noSuchSelector:", {"", "", "", ""}},
+        {"no class has it, adding asked for: added",
+         [](Runtime& runtime) {
+             static Hook<std::string()> added("BookViewController", "noSuchSelector:");
+             return added.install([](Object&) { return std::string("plug-in"); }, WhenAbsent::Add, runtime);
+         },
+         true, "noSuchSelector:", {"", "", "plug-in", "plug-in"}},
+        {"the class is absent: skipped", hookCallingPrevious("NoSuchController", "closeBook"), false, "closeBook",
+         {"", "", host, host}},
+        {"defined only below the class: skipped", hookCallingPrevious("Responder", "closeBook"), false, "closeBook",
+         {"", "", host, host}},
+        {"the host's own typed otherwise: logged, the host's kept", hookCallingPrevious<double>("BookViewController", "closeBook"),
+         false, "closeBook", {"", "", host, host}, "-[BookViewController closeBook]: the replacement takes"},
+        {"an ancestor's typed otherwise: logged, nothing added",
+         hookCallingPrevious<int>("BookViewController", "viewDidLoad"), false, "viewDidLoad",
+         {inherited, inherited, inherited, inherited}, "-[BookViewController viewDidLoad]"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.className) + " " + c.selector);
+        SCOPED_TRACE(c.what);
         Host host;
-        HookSlot slot;
-        EXPECT_EQ(_logos_register_hook(c.className, c.selector, makeImp([](Object&) { return std::string(); }),
-                                       slot, host.runtime),
-                  c.expected);
-        EXPECT_EQ(slot.previous, nullptr);
-        for (Class* cls : {&host.responder, &host.controller, &host.book, &host.scrolling})
-            EXPECT_EQ(host.runtime.ownInstanceMethod(*cls, c.selector) != nullptr,
-                      cls == &host.book && std::string(c.selector) == "closeBook");
-        Object object(host.book);
-        EXPECT_EQ(send<std::string>(object, "closeBook"), "host closeBook");
-    }
-}
-
-TEST(RegisterHook, PreviousCallWithNothingToCallNamesClassAndSelector)
-{
-    Host host;
-    Object object(host.responder);
-    const HookSlot emptyRoot{};  // a root class: no slot, no recorded superclass
-    const HookSlot noAncestorMethod{nullptr, &host.responder};
-    for (const HookSlot* slot : {&emptyRoot, &noAncestorMethod}) {
-        try {
-            callPrevious<void>(*slot, object, "missingSelector");
-            ADD_FAILURE() << "expected an error";
-        } catch (const Error& e) {
-            EXPECT_NE(std::string(e.what()).find("Responder"), std::string::npos) << e.what();
-            EXPECT_NE(std::string(e.what()).find("missingSelector"), std::string::npos) << e.what();
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(c.install(host.runtime), c.installed);
+        const std::string log = testing::internal::GetCapturedStderr();
+        if (*c.logged)
+            EXPECT_NE(log.find(c.logged), std::string::npos) << log;
+        else
+            EXPECT_EQ(log, "");
+        Class* classes[] = {&host.responder, &host.controller, &host.book, &host.scrolling};
+        for (size_t i = 0; i < 4; ++i) {
+            Object object(*classes[i]);
+            if (*c.answers[i])
+                EXPECT_EQ(send<std::string>(object, c.selector), c.answers[i]) << classes[i]->name();
+            else
+                EXPECT_FALSE(respondsTo(object, c.selector)) << classes[i]->name();
         }
     }
 }
 
-TEST(RegisterHook, AReplacementTypedUnlikeTheHostsMethodIsRefusedAndChangesNothing)
+TEST(Hook, PassesArgumentsAndResultsAndNamesWhatIsMissing)
 {
     Host host;
-    HookSlot slot;
-    for (const char* selector : {"tableView:numberOfRowsInSection:", "viewDidLoad"}) {
-        SCOPED_TRACE(selector);
-        try {
-            _logos_register_hook("BookViewController", selector, makeImp([](Object&, std::string, double) { return 0; }),
-                                 slot, host.runtime);
-            ADD_FAILURE() << "expected an error";
-        } catch (const Error& e) {
-            EXPECT_NE(std::string(e.what()).find(std::string("-[BookViewController ") + selector + "]"), std::string::npos)
-                << e.what();
-        }
+    static Hook<int(std::string, int)> rows("BookViewController", "tableView:numberOfRowsInSection:");
+    rows.install([](Object& self, std::string table, int section) { return 1 + rows.callPrevious(self, table, section); },
+                 WhenAbsent::Skip, host.runtime);
+    Object book(host.book);
+    EXPECT_EQ(send<int>(book, "tableView:numberOfRowsInSection:", std::string("t"), 4), 41);
+
+    // An added method has no previous one: calling it names the selector.
+    static Hook<void()> added("BookViewController", "noSuchSelector:");
+    added.install([](Object& self) { added.callPrevious(self); }, WhenAbsent::Add, host.runtime);
+    try {
+        send<void>(book, "noSuchSelector:");
+        ADD_FAILURE() << "expected an error";
+    } catch (const Error& e) {
+        EXPECT_NE(std::string(e.what()).find("noSuchSelector:"), std::string::npos) << e.what();
     }
-    EXPECT_EQ(slot.previous, nullptr);
-    EXPECT_EQ(host.runtime.ownInstanceMethod(host.book, "viewDidLoad"), nullptr);
-    Object object(host.book);
-    EXPECT_EQ(send<int>(object, "tableView:numberOfRowsInSection:", std::string(), 2), 20);
 }
 
 TEST(HookMethod, ExchangeMakesTheHookSelectorRunTheOriginal)

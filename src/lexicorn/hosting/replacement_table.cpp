@@ -3,19 +3,19 @@
 // lacking one keeps working without that feature.
 
 #include "lexicorn/anki/sync/card_methods.h"
-#include "lexicorn/hosting/pass_through.h"
-#include "lexicorn/reader/sentences/reader_methods.h"
-#include "lexicorn/settings/settings_menu.h"
 #include "lexicorn/hosting/startup.h"
 #include "lexicorn/reader/popup/card_protection.h"
 #include "lexicorn/reader/popup/dict_popup.h"
+#include "lexicorn/reader/sentences/reader_methods.h"
+#include "lexicorn/settings/settings_menu.h"
 
-#include "foundation/log.h"
+#include "runtime/hook.h"
 
 #include <QPointF>
 #include <QRectF>
 #include <QString>
 
+#include <deque>
 #include <string>
 
 namespace lexicorn {
@@ -26,14 +26,15 @@ using runtime::makeImp;
 using runtime::Object;
 using ObjectRef = std::shared_ptr<Object>;
 
-// Methods the plug-in's own features replace.
-std::vector<Replacement> ownReplacements()
+constinit runtime::Hook<std::string()> titleLinkColor{"AppDelegate", "defaultTitleLinkColor0"};
+
+// A replacement that hands every call on to the host's own implementation.
+template <class R, class... Args>
+void passThrough(const char* className, const char* selector)
 {
-    return {
-        {"AppDelegate", "applicationDidFinishLaunching:",
-         makeImp([](Object& self, std::string notification) { startUp(self, notification); }), &launchSlot()},
-        {"AppDelegate", "defaultTitleLinkColor0", makeImp([](Object&) { return std::string("systemRed"); }), &newHookSlot()},
-    };
+    static std::deque<runtime::Hook<R(Args...)>> hooks;  // a deque keeps their addresses
+    runtime::Hook<R(Args...)>& hook = hooks.emplace_back(className, selector);
+    hook.install([&hook](Object& self, Args... args) -> R { return hook.callPrevious(self, std::move(args)...); });
 }
 
 // Host methods the plug-in replaces for features it does not build (the
@@ -41,23 +42,41 @@ std::vector<Replacement> ownReplacements()
 // export) or whose behaviour arrives with the reader's windows. Until then
 // the replacement hands each call on to the host. Objects travel as
 // ObjectRef, senders as their names.
-std::vector<Replacement> passThroughReplacements()
+void installPassThroughs()
 {
-    return {
-        passThrough<void>("PDFSearchQueryOperation", "searchOver"),
-        passThrough<void, ObjectRef>("MbUIDetailViewController", "panHighlight:"),
-        passThrough<void, ObjectRef>("MbUIDetailViewController", "textHighlight:"),
-        passThrough<void>("MbUIDetailViewController", "viewDidLoad"),
-        passThrough<ObjectRef, ObjectRef, bool, bool>("MindMapCanvas", "createNewGroup:edit:draft:"),
-        passThrough<void, QRectF>("MindMapNote", "setFrame:"),
-        passThrough<void, ObjectRef>("MbUIStudyboardController", "viewWillLayoutSubviews:"),
-        passThrough<void>("MbUIStudyboardController", "layoutMapAndBooks"),
-        passThrough<void, std::string>("MbUIStudyboardController", "toggleBookLeft:"),
-        passThrough<void, ObjectRef>("MbUIStudyboardController", "openHotword:"),
-        passThrough<void, ObjectRef>("MbUIStudyboardController", "refreshAddonCommands:"),
-        passThrough<void>("MbUIStudyboardController", "layoutAddonToolbar"),
-        passThrough<void, QString>("MbBookNote", "highlightTextFromAttributedText:"),
+    passThrough<void>("PDFSearchQueryOperation", "searchOver");
+    passThrough<void, ObjectRef>("MbUIDetailViewController", "panHighlight:");
+    passThrough<void, ObjectRef>("MbUIDetailViewController", "textHighlight:");
+    passThrough<void>("MbUIDetailViewController", "viewDidLoad");
+    passThrough<ObjectRef, ObjectRef, bool, bool>("MindMapCanvas", "createNewGroup:edit:draft:");
+    passThrough<void, QRectF>("MindMapNote", "setFrame:");
+    passThrough<void, ObjectRef>("MbUIStudyboardController", "viewWillLayoutSubviews:");
+    passThrough<void>("MbUIStudyboardController", "layoutMapAndBooks");
+    passThrough<void, std::string>("MbUIStudyboardController", "toggleBookLeft:");
+    passThrough<void, ObjectRef>("MbUIStudyboardController", "openHotword:");
+    passThrough<void, ObjectRef>("MbUIStudyboardController", "refreshAddonCommands:");
+    passThrough<void>("MbUIStudyboardController", "layoutAddonToolbar");
+    passThrough<void, QString>("MbBookNote", "highlightTextFromAttributedText:");
+}
+
+// What a category's load method does for a pass-through exchange: adds
+// "hook_" + selector, whose body calls "hook_" + selector again (after the
+// exchange that runs the host's original), then exchanges the two. Nothing
+// happens when the class or its method is absent or typed otherwise.
+template <class R, class... Args>
+bool exchangeWithPassThrough(const char* className, const char* selector)
+{
+    runtime::Runtime& runtime = runtime::Runtime::shared();
+    runtime::Class* cls = runtime.classNamed(className);
+    const runtime::Method* original = cls ? runtime.instanceMethod(*cls, selector) : nullptr;
+    const std::string hookSelector = std::string("hook_") + selector;
+    auto body = [hookSelector](Object& self, Args... args) -> R {
+        return runtime::send<R>(self, hookSelector, std::move(args)...);
     };
+    const runtime::Imp imp = makeImp(std::move(body));
+    if (!original || runtime.implementation(*original)->signature() != imp->signature())
+        return false;
+    return runtime.addMethod(*cls, hookSelector, imp) && runtime::tk_hookMethod(cls, selector, cls, hookSelector);
 }
 
 // The categories' exchanges, made before the replacements as load methods
@@ -125,26 +144,15 @@ void addProperties()
     }
 }
 
-void registerAll(const std::vector<Replacement>& rows)
-{
-    for (const Replacement& row : rows) {
-        try {
-            runtime::_logos_register_hook(row.className, row.selector, row.body, *row.slot);
-        } catch (const runtime::Error& error) {
-            // A host whose method is typed otherwise keeps its own.
-            logLine(QStringLiteral("lexicorn: %1 left as the host has it: %2").arg(row.selector, error.what()));
-        }
-    }
-}
-
 // Runs when the library is loaded, before the host calls any replaced method.
 [[gnu::constructor]] void registerOnLoad()
 {
     installExchanges();
     addProperties();
-    registerAll(ownReplacements());
-    registerAll(passThroughReplacements());
-    registerAll(settingsMenuReplacements());
+    installStartUp();
+    titleLinkColor.install([](Object&) { return std::string("systemRed"); });
+    installPassThroughs();
+    installSettingsMenuHooks();
     installCardMethods();
     installReaderMethods();
     installSettingsMenu();

@@ -11,6 +11,8 @@
 #include "foundation/notification_center.h"
 #include "foundation/user_defaults.h"
 
+#include "runtime/hook.h"
+
 namespace lexicorn {
 
 namespace {
@@ -28,19 +30,7 @@ int64_t dictionaryToLoad()
     return defaults.integer(keys::selectedDict);
 }
 
-}  // namespace
-
-runtime::HookSlot& launchSlot()
-{
-    static runtime::HookSlot slot;
-    return slot;
-}
-
-std::weak_ptr<runtime::Object>& applicationDelegate()
-{
-    static std::weak_ptr<runtime::Object> delegate;
-    return delegate;
-}
+constinit runtime::Hook<void(std::string)> launch{"AppDelegate", "applicationDidFinishLaunching:"};
 
 void startUp(runtime::Object& delegate, const std::string& notification)
 {
@@ -50,7 +40,7 @@ void startUp(runtime::Object& delegate, const std::string& notification)
     KSWHDebug::exemption();
     EnWordServer::shared().setDictTypeWithNumber(dictionaryToLoad());
 
-    runtime::callPrevious<void>(launchSlot(), delegate, "applicationDidFinishLaunching:", notification);
+    launch.callPrevious(delegate, notification);
 
     applicationDelegate() = delegate.weak_from_this();
     runtime::send<void>(delegate, "setEnableMouse3:", UserDefaults::standard().boolean(keys::enableMouse3));
@@ -73,6 +63,19 @@ void startUp(runtime::Object& delegate, const std::string& notification)
     });
     // With IS_DEBUG off, as built, start-up ends here: the debugging menu is
     // not part of the plug-in.
+}
+
+}  // namespace
+
+std::weak_ptr<runtime::Object>& applicationDelegate()
+{
+    static std::weak_ptr<runtime::Object> delegate;
+    return delegate;
+}
+
+void installStartUp()
+{
+    launch.install(startUp);
 }
 
 }  // namespace lexicorn

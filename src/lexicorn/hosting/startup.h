@@ -1,16 +1,16 @@
 #pragma once
 
-#include "runtime/hosting.h"
+#include "runtime/runtime.h"
+
+#include <memory>
 
 namespace lexicorn {
 
-// What the plug-in keeps of the launch: the host's previous launch method,
-// and the application delegate once launching finished.
-runtime::HookSlot& launchSlot();
+// The application delegate, once launching finished.
 std::weak_ptr<runtime::Object>& applicationDelegate();
 
-// The plug-in's start-up, run in place of the application delegate's
+// Puts the plug-in's start-up in place of the application delegate's
 // applicationDidFinishLaunching:. It calls the host's own launch on the way.
-void startUp(runtime::Object& delegate, const std::string& notification);
+void installStartUp();
 
 }  // namespace lexicorn

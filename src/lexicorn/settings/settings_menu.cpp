@@ -4,6 +4,8 @@
 #include "lexicorn/anki/sync/batch_button.h"
 #include "lexicorn/settings/settings_actions.h"
 
+#include "runtime/hook.h"
+
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/services/ksw_translate.h"
 
@@ -33,17 +35,8 @@ const QStringList cardWidths{QStringLiteral("700"),  QStringLiteral("900"),  QSt
 constexpr double menuWidth = 320;
 constexpr int touchUpInside = 1 << 6;
 
-runtime::HookSlot& viewDidLoadSlot()
-{
-    static runtime::HookSlot slot;
-    return slot;
-}
-
-runtime::HookSlot& viewWillAppearSlot()
-{
-    static runtime::HookSlot slot;
-    return slot;
-}
+constinit runtime::Hook<void()> boardDidLoad{"MbUIStudyboardController", "viewDidLoad"};
+constinit runtime::Hook<void(bool)> boardWillAppear{"MbUIStudyboardController", "viewWillAppear:"};
 
 // The host's icon of that name, in the board's tint colour when asked.
 ObjectRef icon(Object& board, const QString& name, bool tinted)
@@ -160,14 +153,14 @@ void placeDictSettingButton(Object& board)
 
 void viewDidLoad(Object& board)
 {
-    runtime::callPrevious<void>(viewDidLoadSlot(), board, "viewDidLoad");
+    boardDidLoad.callPrevious(board);
     placeDictSettingButton(board);
     placeBatchButton(board);
 }
 
 void viewWillAppear(Object& board, bool animated)
 {
-    runtime::callPrevious<void>(viewWillAppearSlot(), board, "viewWillAppear:", animated);
+    boardWillAppear.callPrevious(board, animated);
     const ObjectRef reader = settings::readerOf(board);
     if (reader && runtime::respondsTo(*reader, "setCardWidth:"))
         send<void>(*reader, "setCardWidth:", settings::storedCardWidth());
@@ -176,12 +169,10 @@ void viewWillAppear(Object& board, bool animated)
 
 }  // namespace
 
-std::vector<Replacement> settingsMenuReplacements()
+void installSettingsMenuHooks()
 {
-    return {
-        {"MbUIStudyboardController", "viewDidLoad", makeImp(viewDidLoad), &viewDidLoadSlot()},
-        {"MbUIStudyboardController", "viewWillAppear:", makeImp(viewWillAppear), &viewWillAppearSlot()},
-    };
+    boardDidLoad.install(viewDidLoad);
+    boardWillAppear.install(viewWillAppear);
 }
 
 void installSettingsMenu()

@@ -7,14 +7,10 @@
 // translation engine and the width of new cards, and open the Anki panel.
 // Each time the board is shown, the reader gets the stored card width.
 
-#include "lexicorn/hosting/pass_through.h"
-
-#include <vector>
-
 namespace lexicorn {
 
-// The board's replaced viewDidLoad and viewWillAppear:.
-std::vector<Replacement> settingsMenuReplacements();
+// Replaces the board's viewDidLoad and viewWillAppear:.
+void installSettingsMenuHooks();
 
 // Adds settingDict:, the settings' actions and the Anki panel's actions to
 // the study board class, when the host has it.

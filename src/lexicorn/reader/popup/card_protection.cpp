@@ -9,15 +9,15 @@
 #include "lexicorn/render/note_format.h"
 
 #include "foundation/index_path.h"
-#include "foundation/log.h"
 #include "foundation/pasteboard.h"
+
+#include "runtime/hook.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPoint>
 
 #include <functional>
-#include <map>
 #include <string>
 
 namespace lexicorn {
@@ -25,47 +25,28 @@ namespace lexicorn {
 namespace {
 
 using popup::ObjectRef;
-using runtime::makeImp;
 using runtime::Object;
 using runtime::send;
 
 const QString boldTagFormat = QStringLiteral("<b>%@</b>");
 const QString breaksCardMessage = QStringLiteral("修改将破坏字典卡片的数据结构！");
 
-constexpr const char* titleEditClass = "NoteTitleEditView";
-constexpr const char* titleBackClass = "NoteTitleBackView";
-constexpr const char* cardViewClass = "NoteCardView";
-constexpr const char* noteClass = "MbBookNote";
-
 constexpr const char* shouldChange = "textView:shouldChangeTextInRange:replacementText:";
 constexpr const char* didBegin = "textViewDidBeginEditing:";
 constexpr const char* didEnd = "textViewDidEndEditing:";
-constexpr const char* setComments = "setNotesAndUpdateMediaList:clear:";
-constexpr const char* cellForRow = "tableView:cellForRowAtIndexPath:";
-constexpr const char* heightForRow = "tableView:heightForRowAtIndexPath:";
 
-runtime::HookSlot& slotFor(std::string_view className, std::string_view selector)
-{
-    static std::map<std::string, runtime::HookSlot, std::less<>> kept;
-    return kept[std::string(className) + ' ' + std::string(selector)];
-}
+using ShouldChange = runtime::Hook<bool(ObjectRef, QPoint, QString)>;
+using EditingHook = runtime::Hook<void(ObjectRef)>;
 
-template <class R, class... Args>
-R hostOwn(const char* className, const char* selector, Object& self, Args... args)
-{
-    return runtime::callPrevious<R>(slotFor(className, selector), self, selector, std::move(args)...);
-}
-
-// Replaces the host's method, keeping its own in the slot; a host whose
-// method is typed otherwise keeps its own.
-void replaceHostMethod(const char* className, const char* selector, runtime::Imp body)
-{
-    try {
-        runtime::_logos_register_hook(className, selector, std::move(body), slotFor(className, selector));
-    } catch (const runtime::Error& error) {
-        logLine(QStringLiteral("lexicorn: %1 %2 left as the host has it: %3").arg(className, selector, error.what()));
-    }
-}
+constinit ShouldChange titleEditShouldChange{"NoteTitleEditView", shouldChange};
+constinit ShouldChange titleBackShouldChange{"NoteTitleBackView", shouldChange};
+constinit EditingHook titleBackDidBegin{"NoteTitleBackView", didBegin};
+constinit EditingHook titleBackDidEnd{"NoteTitleBackView", didEnd};
+constinit EditingHook cardDidBegin{"NoteCardView", didBegin};
+constinit EditingHook cardDidEnd{"NoteCardView", didEnd};
+constinit runtime::Hook<ObjectRef(ObjectRef, IndexPath)> cardCellForRow{"NoteCardView", "tableView:cellForRowAtIndexPath:"};
+constinit runtime::Hook<double(ObjectRef, IndexPath)> cardHeightForRow{"NoteCardView", "tableView:heightForRowAtIndexPath:"};
+constinit runtime::Hook<void(QJsonArray, bool)> setComments{"MbBookNote", "setNotesAndUpdateMediaList:clear:"};
 
 bool responds(const ObjectRef& object, std::string_view selector)
 {
@@ -223,54 +204,54 @@ void endTitleEdit(Object& backView, const ObjectRef& textView, const ObjectRef& 
     updateAnkiAfterEdit(note, before);
 }
 
-void replaceShouldChange(const char* className)
+void replaceShouldChange(ShouldChange& hook)
 {
-    replaceHostMethod(className, shouldChange, makeImp([className](Object& self, ObjectRef textView, QPoint range, QString typed) {
+    hook.install([&hook](Object& self, ObjectRef textView, QPoint range, QString typed) {
         if (wrapSelection(textView, range, typed))
             return false;
-        return hostOwn<bool>(className, shouldChange, self, textView, range, typed);
-    }));
+        return hook.callPrevious(self, textView, range, typed);
+    });
 }
 
 void replaceTitleBackView()
 {
-    replaceHostMethod(titleBackClass, didBegin, makeImp([](Object& self, ObjectRef textView) {
+    titleBackDidBegin.install([](Object& self, ObjectRef textView) {
         if (textView && shielded(noteOfTitleEditor(self)))
             showTagsAsBold(textView);
-        hostOwn<void>(titleBackClass, didBegin, self, textView);
-    }));
-    replaceHostMethod(titleBackClass, didEnd, makeImp([](Object& self, ObjectRef textView) {
+        titleBackDidBegin.callPrevious(self, textView);
+    });
+    titleBackDidEnd.install([](Object& self, ObjectRef textView) {
         const ObjectRef note = noteOfTitleEditor(self);
         if (textView && shielded(note))
             endTitleEdit(self, textView, note);
         else
-            hostOwn<void>(titleBackClass, didEnd, self, textView);
-    }));
+            titleBackDidEnd.callPrevious(self, textView);
+    });
 }
 
 void replaceCardEditing()
 {
-    replaceHostMethod(cardViewClass, didBegin, makeImp([](Object& self, ObjectRef textView) {
-        hostOwn<void>(cardViewClass, didBegin, self, textView);
+    cardDidBegin.install([](Object& self, ObjectRef textView) {
+        cardDidBegin.callPrevious(self, textView);
         if (textView && shielded(send<ObjectRef>(self, "lastNote")))
             showTagsAsBold(textView);
-    }));
-    replaceHostMethod(cardViewClass, didEnd, makeImp([](Object& self, ObjectRef textView) {
+    });
+    cardDidEnd.install([](Object& self, ObjectRef textView) {
         const ObjectRef note = send<ObjectRef>(self, "lastNote");
         const IndexPath editing = send<IndexPath>(self, "_editingIndexPath");
         if (!textView || editing.section < 0 || !shielded(note)) {
-            hostOwn<void>(cardViewClass, didEnd, self, textView);
+            cardDidEnd.callPrevious(self, textView);
             return;
         }
         const ObjectRef keep = self.shared_from_this();  // the window may let go of the card meanwhile
         const NoteRecord before = recordOf(*note);
         storeBoldAsTags(textView);
-        hostOwn<void>(cardViewClass, didEnd, self, textView);
+        cardDidEnd.callPrevious(self, textView);
         clearRecognizedText(self);
         send<void>(self, "reloadData");
         send<void>(self, "refreshPlayer");
         updateAnkiAfterEdit(note, before);
-    }));
+    });
 }
 
 // The trims of a card's rows: the room the host leaves below each text.
@@ -289,27 +270,27 @@ double compactHeight(Object& note, int row, double height)
 // compactly.
 void replaceCardRows()
 {
-    replaceHostMethod(cardViewClass, cellForRow, makeImp([](Object& self, ObjectRef table, IndexPath path) {
-        const ObjectRef cell = hostOwn<ObjectRef>(cardViewClass, cellForRow, self, table, path);
+    cardCellForRow.install([](Object& self, ObjectRef table, IndexPath path) {
+        const ObjectRef cell = cardCellForRow.callPrevious(self, table, path);
         if (!cell || path.section != 0 || path.row < 2 || !shielded(send<ObjectRef>(self, "lastNote")))
             return cell;
         const ObjectRef textView = send<ObjectRef>(*cell, "viewWithTag:", path.row);
         if (responds(textView, "attributedText"))
             showTagsAsBold(textView);
         return cell;
-    }));
-    replaceHostMethod(cardViewClass, heightForRow, makeImp([](Object& self, ObjectRef table, IndexPath path) {
-        const double height = hostOwn<double>(cardViewClass, heightForRow, self, table, path);
+    });
+    cardHeightForRow.install([](Object& self, ObjectRef table, IndexPath path) {
+        const double height = cardHeightForRow.callPrevious(self, table, path);
         const ObjectRef note = send<ObjectRef>(self, "lastNote");
         return path.section == 0 && shielded(note) ? compactHeight(*note, path.row, height) : height;
-    }));
+    });
 }
 
 // The note's comment setter refuses a list that would stop the card from
 // reading back (the title editor checks titles itself).
 void guardComments()
 {
-    replaceHostMethod(noteClass, setComments, makeImp([](Object& self, QJsonArray comments, bool clear) {
+    setComments.install([](Object& self, QJsonArray comments, bool clear) {
         if (shielded(self.shared_from_this())) {
             const NoteRecord before = recordOf(self);
             NoteRecord after = before;
@@ -319,16 +300,16 @@ void guardComments()
                 return;
             }
         }
-        hostOwn<void>(noteClass, setComments, self, comments, clear);
-    }));
+        setComments.callPrevious(self, comments, clear);
+    });
 }
 
 }  // namespace
 
 void installCardProtection()
 {
-    replaceShouldChange(titleEditClass);
-    replaceShouldChange(titleBackClass);
+    replaceShouldChange(titleEditShouldChange);
+    replaceShouldChange(titleBackShouldChange);
     replaceTitleBackView();
     replaceCardEditing();
     replaceCardRows();

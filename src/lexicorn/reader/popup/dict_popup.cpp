@@ -22,7 +22,6 @@ namespace lexicorn {
 namespace {
 
 using namespace popup;
-using popup::PopupMethods;
 using runtime::makeImp;
 using runtime::Object;
 using runtime::send;
@@ -88,24 +87,32 @@ QRectF popupFrame(Object& self, bool mapOnRight, QPointF point)
     return QRectF(x, y, width, height);
 }
 
-void registerTableMethods(PopupMethods& methods)
+// The controller is the data source and delegate of the host's own tables
+// too: for those, these methods hand the call to the host's own.
+constinit runtime::Hook<int(ObjectRef)> numberOfSections{controllerClass, "numberOfSectionsInTableView:"};
+constinit runtime::Hook<int(ObjectRef, int)> numberOfRows{controllerClass, "tableView:numberOfRowsInSection:"};
+constinit runtime::Hook<double(ObjectRef, IndexPath)> rowHeight{controllerClass, "tableView:heightForRowAtIndexPath:"};
+constinit runtime::Hook<ObjectRef(ObjectRef, IndexPath)> rowCell{controllerClass, "tableView:cellForRowAtIndexPath:"};
+constinit runtime::Hook<void(ObjectRef, IndexPath)> rowSelected{controllerClass, "tableView:didSelectRowAtIndexPath:"};
+
+void installTableMethods()
 {
-    methods.add("numberOfSectionsInTableView:", makeImp([](Object& self, ObjectRef table) {
+    install(numberOfSections, [](Object& self, ObjectRef table) {
         if (!isPopupTable(table))
-            return hostOwn<int>("numberOfSectionsInTableView:", self, table);
+            return numberOfSections.callPrevious(self, table);
         return static_cast<int>(textsOf(*table).size());
-    }));
-    methods.add("tableView:numberOfRowsInSection:", makeImp([](Object& self, ObjectRef table, int section) {
+    });
+    install(numberOfRows, [](Object& self, ObjectRef table, int section) {
         if (!isPopupTable(table))
-            return hostOwn<int>("tableView:numberOfRowsInSection:", self, table, section);
+            return numberOfRows.callPrevious(self, table, section);
         const StyledSections texts = textsOf(*table);
         return section < static_cast<int>(texts.size()) ? static_cast<int>(texts[section].size()) - 1 : 0;
-    }));
+    });
     // The host's own tables have no section headers; only the popup's get one.
-    methods.add("tableView:heightForHeaderInSection:", makeImp([](Object&, ObjectRef table, int) {
+    install<double(ObjectRef, int)>("tableView:heightForHeaderInSection:", [](Object&, ObjectRef table, int) {
         return isPopupTable(table) ? 30.0 : 0.0;
-    }));
-    methods.add("tableView:viewForHeaderInSection:", makeImp([](Object&, ObjectRef table, int section) -> ObjectRef {
+    });
+    install<ObjectRef(ObjectRef, int)>("tableView:viewForHeaderInSection:", [](Object&, ObjectRef table, int section) -> ObjectRef {
         if (!isPopupTable(table))
             return nullptr;
         runtime::Runtime& rt = runtime::Runtime::shared();
@@ -123,10 +130,10 @@ void registerTableMethods(PopupMethods& methods)
         send<void>(*text, "setAutoresizingMask:", 18);
         send<void>(*header, "addSubview:", text);
         return header;
-    }));
-    methods.add("tableView:heightForRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) {
+    });
+    install(rowHeight, [](Object& self, ObjectRef table, IndexPath path) {
         if (!isPopupTable(table))
-            return hostOwn<double>("tableView:heightForRowAtIndexPath:", self, table, path);
+            return rowHeight.callPrevious(self, table, path);
         const StyledSections texts = textsOf(*table);
         const StyledText& line = texts.at(path.section).at(path.row + 1);
         if (line.isEmpty())
@@ -134,10 +141,10 @@ void registerTableMethods(PopupMethods& methods)
         runtime::Class& cardView = *runtime::Runtime::shared().classNamed("NoteCardView");
         const double width = send<QRectF>(*table, "bounds").width();
         return runtime::sendClass<double>(cardView, "boundingHeightForWidth:withAttributedString:", width, line) + 2.0;
-    }));
-    methods.add("tableView:cellForRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) -> ObjectRef {
+    });
+    install(rowCell, [](Object& self, ObjectRef table, IndexPath path) -> ObjectRef {
         if (!isPopupTable(table))
-            return hostOwn<ObjectRef>("tableView:cellForRowAtIndexPath:", self, table, path);
+            return rowCell.callPrevious(self, table, path);
         const QString identifier = QString::fromLatin1(cellIdentifier);
         ObjectRef cell = send<ObjectRef>(*table, "dequeueReusableCellWithIdentifier:", identifier);
         if (!cell)
@@ -153,23 +160,22 @@ void registerTableMethods(PopupMethods& methods)
         const bool correcting = path.section == 0 && path.row == 0 && flag(self, "isCorrecting");
         send<void>(*textView, "setBackgroundColor:", correcting ? QColor(Qt::red) : QColor(Qt::black));
         return cell;
-    }));
-    methods.add("tableView:didSelectRowAtIndexPath:", makeImp([](Object& self, ObjectRef table, IndexPath path) {
+    });
+    install(rowSelected, [](Object& self, ObjectRef table, IndexPath path) {
         if (!isPopupTable(table))
-            return hostOwn<void>("tableView:didSelectRowAtIndexPath:", self, table, path);
+            return rowSelected.callPrevious(self, table, path);
         tapOnRow(self, *table, path);
-    }));
+    });
 }
 
-void registerFrameMethods(PopupMethods& methods)
+void installFrameMethods()
 {
-    methods.add("enDictFrameWithMap:withPoint:",
-                      makeImp([](Object& self, bool map, QPointF point) { return popupFrame(self, map, point); }));
-    methods.add("moveEnDictPositionWithMap:withPoint:", makeImp([](Object& self, bool map, QPointF point) {
+    install<QRectF(bool, QPointF)>("enDictFrameWithMap:withPoint:", popupFrame);
+    install<void(bool, QPointF)>("moveEnDictPositionWithMap:withPoint:", [](Object& self, bool map, QPointF point) {
         if (const ObjectRef container = popupContainer(self))
             setFrameInWindow(*container, send<QRectF>(self, "enDictFrameWithMap:withPoint:", map, point));
-    }));
-    methods.add("sentenceWithDict:", makeImp([](Object&, Sentence sentence) { return sentenceText(sentence); }));
+    });
+    install<QString(Sentence)>("sentenceWithDict:", [](Object&, Sentence sentence) { return sentenceText(sentence); });
 }
 
 // Per controller: the observers of its open book.
@@ -236,25 +242,27 @@ void checkDictionaryFile()
     Pasteboard::general().setString(path);
 }
 
-void registerBookMethods(PopupMethods& methods)
+constinit runtime::Hook<void(QString, QString, QString, int)> openBook{controllerClass, "openBook:topicid:noteid:bookLocation:"};
+constinit runtime::Hook<void()> closeBook{controllerClass, "closeBook"};
+
+void installBookMethods()
 {
-    methods.add("openBook:topicid:noteid:bookLocation:",
-                      makeImp([](Object& self, QString md5, QString topic, QString note, int location) {
-                          dropPopup(self);
-                          hideAnkiSelectionTable();
-                          hostOwn<void>("openBook:topicid:noteid:bookLocation:", self, md5, topic, note, location);
-                          observe(self);
-                          checkDictionaryFile();
-                          KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
-                          setFlag(self, "isCorrecting", false);
-                      }));
-    methods.add("closeBook", makeImp([](Object& self) {
+    install(openBook, [](Object& self, QString md5, QString topic, QString note, int location) {
+        dropPopup(self);
+        hideAnkiSelectionTable();
+        openBook.callPrevious(self, md5, topic, note, location);
+        observe(self);
+        checkDictionaryFile();
+        KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
+        setFlag(self, "isCorrecting", false);
+    });
+    install(closeBook, [](Object& self) {
         dropPopup(self);
         hideAnkiSelectionTable();
         removeObservers(self);
         KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
-        hostOwn<void>("closeBook", self);
-    }));
+        closeBook.callPrevious(self);
+    });
 }
 
 }  // namespace
@@ -267,20 +275,11 @@ void installPopupMethods(std::function<std::shared_ptr<runtime::Object>()> appli
         return;
     setApplicationDelegateSource(std::move(applicationDelegate));
     registerPopupClasses(runtime);
-    PopupMethods methods;
-    registerTableMethods(methods);
-    registerFrameMethods(methods);
-    registerBookMethods(methods);
-    registerLookupMethods(methods);
-    registerSentenceSelection(methods);
-    // What the host has is replaced (its own kept for the calls above); what
-    // it lacks is added.
-    for (const auto& [selector, imp] : methods.list) {
-        if (runtime.resolve(*view, selector, false))
-            runtime::_logos_register_hook("BookViewController", selector, imp, slotFor(selector));
-        else
-            runtime.addMethod(*view, selector, imp);
-    }
+    installTableMethods();
+    installFrameMethods();
+    installBookMethods();
+    installLookupMethods();
+    installSentenceSelection();
 }
 
 }  // namespace lexicorn

@@ -184,14 +184,14 @@ void updateDict(Object& self, const QString& sent)
 
 }  // namespace
 
-void registerLookupMethods(PopupMethods& methods)
+void installLookupMethods()
 {
-    methods.add("popDict:", makeImp([](Object& self, Notification notification) { popDict(self, notification); }));
-    methods.add("updateDict:", makeImp([](Object& self, QString text) { updateDict(self, text); }));
-    methods.add("openHotWord:", makeImp([](Object& self, Notification notification) {
+    install<void(Notification)>("popDict:", popDict);
+    install<void(QString)>("updateDict:", updateDict);
+    install<void(Notification)>("openHotWord:", [](Object& self, Notification notification) {
         if (send<bool>(self, "checkNotifyObject:", notification.object) && flag(self, "autoAudio"))
             KSWPlaySound::shareInstance().playSoundWithWord_(notification.userInfo.value(QStringLiteral("string")).toString());
-    }));
+    });
 }
 
 }  // namespace lexicorn::popup

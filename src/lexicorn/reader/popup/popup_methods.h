@@ -1,27 +1,39 @@
 #pragma once
 
-// The popup's methods of the book view controller, gathered before they are
-// installed (dict_popup.cpp): one group per file.
+// The popup's methods of the book view controller, one group per file,
+// installed by installPopupMethods (dict_popup.cpp).
 
 #include "foundation/index_path.h"
 
-#include "runtime/runtime.h"
+#include "runtime/hook.h"
 
 #include <utility>
-#include <vector>
 
 namespace lexicorn::popup {
 
-struct PopupMethods {
-    std::vector<std::pair<const char*, runtime::Imp>> list;
-    void add(const char* selector, runtime::Imp imp) { list.emplace_back(selector, std::move(imp)); }
-};
+inline constexpr const char* controllerClass = "BookViewController";
+
+// Puts a popup method on the controller through its hook: the host's own is
+// replaced and kept in the hook, a method the host lacks is added.
+template <class Signature, class Body>
+void install(runtime::Hook<Signature>& hook, Body body)
+{
+    hook.install(std::move(body), runtime::WhenAbsent::Add);
+}
+
+// The same for a method that never calls the host's own.
+template <class Signature, class Body>
+void install(const char* selector, Body body)
+{
+    runtime::Hook<Signature> hook(controllerClass, selector);
+    install(hook, std::move(body));
+}
 
 // popDict:, updateDict:, openHotWord: (popup_lookup.cpp).
-void registerLookupMethods(PopupMethods& methods);
+void installLookupMethods();
 // The double click's sentence and section selection, the tap gestures and
 // the note's card width (popup_selection.cpp).
-void registerSentenceSelection(PopupMethods& methods);
+void installSentenceSelection();
 // A tap on a popup row (popup_card.cpp).
 void tapOnRow(runtime::Object& controller, runtime::Object& table, IndexPath path);
 

@@ -72,16 +72,19 @@ void selectAtPoint(Object& self, QPointF point, const ObjectRef& pageView, bool 
     }
 }
 
+constinit runtime::Hook<bool(ObjectRef)> shouldBegin{controllerClass, "gestureRecognizerShouldBegin:"};
+constinit runtime::Hook<void(ObjectRef)> doubleTap{controllerClass, "handleDTapGesture:"};
+constinit runtime::Hook<void(ObjectRef)> initMindmapPosition{controllerClass, "initMindmapPosition:"};
+constinit runtime::Hook<void(std::string)> dragToNote{controllerClass, "dragToNote:"};
+
 }  // namespace
 
-void registerSentenceSelection(PopupMethods& methods)
+void installSentenceSelection()
 {
-    methods.add("selectAtPoint:fromView:isSectionNotSentence:", makeImp([](Object& self, QPointF point, ObjectRef view, bool section) {
-        selectAtPoint(self, point, view, section);
-    }));
+    install<void(QPointF, ObjectRef, bool)>("selectAtPoint:fromView:isSectionNotSentence:", selectAtPoint);
     // The host's double click selects a word; with the plug-in it selects the
     // sentence (a section with the command key held).
-    methods.add("handleOneFingerDoubleClick:", makeImp([](Object& self, ObjectRef recognizer) {
+    install<void(ObjectRef)>("handleOneFingerDoubleClick:", [](Object& self, ObjectRef recognizer) {
         const QPointF point = send<QPointF>(*recognizer, "locationInView:", ObjectRef());
         const ObjectRef pageView = send<ObjectRef>(self, "pageViewAtPoint:", point);
         const ObjectRef delegate = applicationDelegate();
@@ -92,29 +95,29 @@ void registerSentenceSelection(PopupMethods& methods)
         } else if (const ObjectRef board = studyboard(); board && runtime::respondsTo(*board, "emphasisHighlight:")) {
             send<void>(*board, "emphasisHighlight:", point);
         }
-    }));
-    methods.add("gestureRecognizerShouldBegin:", makeImp([](Object& self, ObjectRef recognizer) {
+    });
+    install(shouldBegin, [](Object& self, ObjectRef recognizer) {
         if (recognizer && recognizer == send<ObjectRef>(self, "oneFingerDoubleClickGestureRecognizer"))
             return true;
-        return hostOwn<bool>("gestureRecognizerShouldBegin:", self, recognizer);
-    }));
-    methods.add("handleDTapGesture:", makeImp([](Object& self, ObjectRef recognizer) {
+        return shouldBegin.callPrevious(self, recognizer);
+    });
+    install(doubleTap, [](Object& self, ObjectRef recognizer) {
         if (const ObjectRef container = popupContainer(self))
             send<void>(*container, "setHidden:", true);
         KSWHDebug::pasteboardChangedStop_(self.weak_from_this());
-        hostOwn<void>("handleDTapGesture:", self, recognizer);
-    }));
-    methods.add("initMindmapPosition:", makeImp([](Object& self, ObjectRef note) {
-        hostOwn<void>("initMindmapPosition:", self, note);
+        doubleTap.callPrevious(self, recognizer);
+    });
+    install(initMindmapPosition, [](Object& self, ObjectRef note) {
+        initMindmapPosition.callPrevious(self, note);
         if (note)
             send<void>(*note, "setMindsizeBySize:", QSizeF(send<double>(self, "cardWidth"), 1.0));
-    }));
-    methods.add("dragToNote:", makeImp([](Object& self, std::string sender) {
-        hostOwn<void>("dragToNote:", self, sender);
+    });
+    install(dragToNote, [](Object& self, std::string sender) {
+        dragToNote.callPrevious(self, sender);
         if (const ObjectRef note = send<ObjectRef>(self, "pdfFocusNote"))
             send<void>(*note, "setMindsizeBySize:", QSizeF(send<double>(self, "cardWidth"), 1.0));
-    }));
-    methods.add("isOnAddon:", makeImp([](Object& self, QString name) { return addonChecked(self, name); }));
+    });
+    install<bool(QString)>("isOnAddon:", addonChecked);
 }
 
 }  // namespace lexicorn::popup

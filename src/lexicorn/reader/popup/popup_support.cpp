@@ -2,8 +2,6 @@
 
 #include "lexicorn/reader/sentences/hook_pdf_page_text_tool.h"
 
-#include <deque>
-#include <map>
 #include <string>
 
 namespace lexicorn::popup {
@@ -41,12 +39,6 @@ void showHUD(const QString& text, double seconds)
 {
     if (const ObjectRef delegate = applicationDelegate())
         send<void>(*delegate, "showHUD:onView:withDuration:", text.toStdString(), std::string(), seconds);
-}
-
-runtime::HookSlot& slotFor(const char* selector)
-{
-    static std::map<std::string, runtime::HookSlot, std::less<>> saved;
-    return saved[selector];
 }
 
 bool flag(runtime::Object& controller, const char* name)

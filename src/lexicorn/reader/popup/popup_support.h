@@ -39,16 +39,6 @@ ObjectRef studyboard();
 // A heads-up message through the application delegate.
 void showHUD(const QString& text, double seconds);
 
-// The previous implementation of a replaced BookViewController method.
-runtime::HookSlot& slotFor(const char* selector);
-
-// Calls the host's own implementation of a replaced method.
-template <class R, class... Args>
-R hostOwn(const char* selector, runtime::Object& self, Args... args)
-{
-    return runtime::callPrevious<R>(slotFor(selector), self, selector, std::move(args)...);
-}
-
 // The reader that serves as dictionary view, held weakly: word cards go there.
 std::weak_ptr<runtime::Object>& dictionaryView();
 
