@@ -454,6 +454,43 @@ TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
     EXPECT_EQ(send<QString>(*app_.bookView, "selectedText"), QString());
 }
 
+// With no translation engine the popup's translation row stays empty and the
+// clipboard is watched: a translation copied meanwhile (from the research
+// pane, or any other program) fills that row. The sentence itself, copied,
+// is not taken for a translation, and a filled row is not overwritten.
+TEST_F(ReaderWindowTest, ATranslationCopiedWhileThePopupIsOpenFillsItsEmptyTranslationRow)
+{
+    start(true);
+    ASSERT_FALSE(lookUpSomeWord().text.isEmpty());
+    const ObjectRef table = popupTable();
+    const auto rowText = [&] {
+        const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{0, 1});
+        return send<QString>(*send<ObjectRef>(*cell, "textView"), "text");
+    };
+    const auto translation = [&] { return send<StyledSections>(*table, "texts")[0][2].string(); };
+    ASSERT_EQ(translation(), QString());
+
+    // The watcher looks at the pasteboard about once a second. A slow
+    // machine can only make the unchanged cases pass without a look.
+    const auto copyAndWait = [&](const QString& text) {
+        QGuiApplication::clipboard()->setText(text);
+        QTest::qWait(2500);
+    };
+    copyAndWait(send<StyledSections>(*table, "texts")[0][1].string());
+    EXPECT_EQ(translation(), QString()) << "the sentence itself is no translation";
+
+    const QString copied = QStringLiteral("每个星期六早上，我和祖母步行去河边的老市场。");
+    QGuiApplication::clipboard()->setText(copied);
+    for (int wait = 0; wait < 100 && translation().isEmpty(); ++wait)
+        QTest::qWait(100);
+    EXPECT_EQ(translation(), copied);
+    EXPECT_EQ(rowText(), copied);
+
+    copyAndWait(QStringLiteral("a later copy"));
+    EXPECT_EQ(translation(), copied);
+    EXPECT_EQ(popupTable(), table);
+}
+
 // A damaged plug-in leaves a plain reader that says why in its status line.
 TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCopies)
 {
