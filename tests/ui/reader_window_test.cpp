@@ -9,12 +9,12 @@
 #include "support/server_process.h"
 #include "support/temp_home.h"
 
+#include "host/kit/view_kit.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/import_dialog.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
 #include "host/ui/scan_reader.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"

@@ -5,8 +5,8 @@
 #include "host/ui/outline_methods.h"
 
 #include "host/app/reader_classes.h"
-#include "host/ui/kit_table_view.h"
-#include "host/ui/view_kit.h"
+#include "host/kit/kit_table_view.h"
+#include "host/kit/view_kit.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,6 +1,7 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/event_monitor.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/import_dialog.h"
@@ -9,7 +10,6 @@
 #include "host/ui/research_pane.h"
 #include "host/ui/scan_reader.h"
 #include "host/ui/task_progress.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/dispatch.h"
 #include "foundation/notification_center.h"

@@ -5,6 +5,7 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/edit_bar.h"
 #include "host/ui/note_card_view.h"
 #include "host/ui/notebook_panel.h"
@@ -12,7 +13,6 @@
 #include "host/ui/research_pane.h"
 #include "host/ui/studyboard_methods.h"
 #include "host/ui/task_progress.h"
-#include "host/ui/view_kit.h"
 
 #include "runtime/hosting.h"
 

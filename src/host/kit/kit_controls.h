@@ -24,7 +24,7 @@
 // The switch and the segmented control are in kit_toggles.h, images in
 // kit_images.h. Every control is made with +viewWithFrame: of its class too.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include <QColor>
 #include <QIcon>

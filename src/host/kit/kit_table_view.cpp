@@ -1,6 +1,6 @@
-#include "host/ui/kit_table_view.h"
+#include "host/kit/kit_table_view.h"
 
-#include "host/ui/kit_text_view.h"
+#include "host/kit/kit_text_view.h"
 
 #include <QMouseEvent>
 #include <QPalette>

@@ -27,7 +27,7 @@
 // which makes the content view (filling the cell) and returns the cell;
 // contentView; reuseIdentifier.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "foundation/index_path.h"
 

@@ -1,9 +1,9 @@
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "host/app/host_classes.h"
-#include "host/ui/kit_controls.h"
-#include "host/ui/kit_table_view.h"
-#include "host/ui/kit_text_view.h"
+#include "host/kit/kit_controls.h"
+#include "host/kit/kit_table_view.h"
+#include "host/kit/kit_text_view.h"
 
 #include <QEvent>
 #include <QMainWindow>

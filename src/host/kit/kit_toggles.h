@@ -14,7 +14,7 @@
 //
 // Only the user's gestures send actions; the setters never do.
 
-#include "host/ui/kit_controls.h"
+#include "host/kit/kit_controls.h"
 
 #include <QAbstractButton>
 #include <QStringList>
