@@ -1,6 +1,7 @@
 // The view kit driven the way the plug-in drives it: classes and selectors by
 // name, data sources and delegates that are runtime objects, real clicks.
 
+#include "host/kit/kit_classes.h"
 #include "host/kit/kit_table_view.h"
 #include "host/kit/kit_text_view.h"
 #include "host/kit/styled_document.h"

@@ -127,8 +127,8 @@ public:
 // normal resolution, as for "UITextView".
 QFont kitFont(const QFont& base, double points);
 
-// Called by registerViewKitClasses, after "UIView": the controls, the
-// toggles and the images.
+// Registers "UIControl", "UIButton", "UILabel" and "UITextField", after
+// "UIView" (kit_classes.h keeps the order).
 void registerControlClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

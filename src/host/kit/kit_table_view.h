@@ -124,7 +124,7 @@ private:
     int style_ = 0;
 };
 
-// Called by registerViewKitClasses, after "UIView".
+// Called by registerViewKitClasses (kit_classes.h), after "UIView".
 void registerTableViewClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -70,7 +70,7 @@ private:
     bool editing_ = false;
 };
 
-// Called by registerViewKitClasses, after "UIView".
+// Called by registerViewKitClasses (kit_classes.h), after "UIView".
 void registerTextViewClass(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

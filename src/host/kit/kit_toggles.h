@@ -87,7 +87,7 @@ public:
     SegmentsWidget* segments() const { return static_cast<SegmentsWidget*>(widget()); }
 };
 
-// Called by registerControlClasses, after "UIControl".
+// Called by registerViewKitClasses (kit_classes.h), after "UIControl".
 void registerToggleClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -1,5 +1,6 @@
 #include "host/ui/note_card_view.h"
 
+#include "host/kit/kit_classes.h"
 #include "host/kit/kit_table_view.h"
 #include "host/kit/kit_text_view.h"
 #include "host/kit/styled_document.h"

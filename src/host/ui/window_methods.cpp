@@ -5,6 +5,7 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/kit/kit_classes.h"
 #include "host/kit/view_kit.h"
 #include "host/ui/edit_bar.h"
 #include "host/ui/note_card_view.h"
