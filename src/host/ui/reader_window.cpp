@@ -62,9 +62,6 @@ QColor highlightColour(const QString& style)
     return QColor(255, 220, 0, 100);
 }
 
-// Drags shorter than this (in page points) are clicks.
-constexpr double clickSlop = 2.0;
-
 // A dictionary card by the add-on's test, when an add-on gives notes one.
 bool isDictionaryCard(runtime::Object& note)
 {
@@ -182,10 +179,7 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     application_.delegate->presentHUD = [this](const QString& text, double seconds) { hud_->showMessage(text, seconds); };
     studyboard_->presentHUD = application_.delegate->presentHUD;
 
-    connect(canvas_, &PageCanvas::pagePressed, this, [this](int page, QPointF point, Qt::KeyboardModifiers) { pagePressed(page, point); });
-    connect(canvas_, &PageCanvas::pageDragged, this, &ReaderWindow::pageDragged);
-    connect(canvas_, &PageCanvas::pageReleased, this, &ReaderWindow::pageReleased);
-    connect(canvas_, &PageCanvas::pageDoubleClicked, this, &ReaderWindow::pageDoubleClicked);
+    gestures_ = new BookGestures(*canvas_, *application_.bookView, *application_.delegate, this);
     connect(canvas_, &PageCanvas::currentPageChanged, this, [this](int page) {
         send<void>(*application_.bookView, "setCurrentPageNo:", page + 1);
         scanReader_->pageShown(page + 1);
@@ -442,67 +436,6 @@ void ReaderWindow::dropEvent(QDropEvent* event)
     }
 }
 
-void ReaderWindow::pagePressed(int pageIndex, QPointF point)
-{
-    pressPage_ = pageIndex;
-    pressPoint_ = point;
-    dragged_ = false;
-}
-
-void ReaderWindow::pageDragged(int pageIndex, QPointF point)
-{
-    if (pageIndex != pressPage_ || QLineF(point, pressPoint_).length() < clickSlop)
-        return;
-    dragged_ = true;
-    BookViewObject& book = *application_.bookView;
-    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
-    send<void>(book, "setSelectionStartPoint:", pressPoint_);
-    send<void>(book, "setSelectionEndPoint:", point);
-    send<void>(book, "setSelectionPageNo:", pageIndex + 1);
-    send<void>(book, "setSelectionMode:", textSelectionMode);
-    send<void>(book, "setPDFSelection:texSelMode:wholeWord:", true, true, false);
-}
-
-void ReaderWindow::pageReleased(int pageIndex, QPointF point)
-{
-    BookViewObject& book = *application_.bookView;
-    if (ignoreRelease_) {
-        ignoreRelease_ = false;
-        return;
-    }
-    if (!dragged_) {
-        send<void>(book, "handleDTapGesture:", ObjectRef(makeTapRecognizer(1, pageIndex + 1, point, pageToViewport(pageIndex + 1, point))));
-        return;
-    }
-    pageDragged(pageIndex, point);
-    dragged_ = false;
-    const QString selected = send<QString>(book, "selectionText");
-    if (selected.isEmpty())
-        return;
-    book.lookedUpWord = selected.trimmed();
-    if (send<int>(book, "highlightMode") == 1) {
-        send<void>(book, "highlight:", std::string("highlighter"));
-        return;
-    }
-    NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("PopupMenuOnSelection"), book.shared_from_this());
-}
-
-void ReaderWindow::pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers)
-{
-    ignoreRelease_ = true;
-    BookViewObject& book = *application_.bookView;
-    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
-    const ObjectRef recognizer = makeTapRecognizer(2, pageIndex + 1, point, pageToViewport(pageIndex + 1, point));
-    send<void>(book, "setOneFingerDoubleClickGestureRecognizer:", recognizer);
-    send<void>(book, "setBookTapGesture:", recognizer);
-    if (!send<bool>(book, "gestureRecognizerShouldBegin:", recognizer))
-        return;
-    // Ctrl stands for the command key.
-    application_.delegate->commandHeld = modifiers.testFlag(Qt::ControlModifier);
-    send<void>(book, "handleOneFingerDoubleClick:", recognizer);
-    application_.delegate->commandHeld = false;
-}
-
 void ReaderWindow::jumpToNote(const QString& noteid)
 {
     if (!application_.notebook)
@@ -580,15 +513,7 @@ void ReaderWindow::noteFocused(const QString& /*noteid*/)
 
 void ReaderWindow::showContextMenu(int pageNo, const QPointF& point)
 {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(QStringLiteral("Highlight"), this, [this] {
-        send<void>(*application_.bookView, "highlight:", std::string("menu"));
-        send<void>(*application_.bookView, "noteHighlight:", std::string("menu"));
-    });
-    menu->addAction(QStringLiteral("Copy"), this, [this] { send<void>(*application_.bookView, "copy:", std::string("menu")); });
-    contextMenu_ = menu;
-    menu->popup(canvas_->viewport()->mapToGlobal(pageToViewport(pageNo, point).toPoint()));
+    gestures_->showContextMenu(this, pageNo, point);
 }
 
 QPointF ReaderWindow::viewToPage(int pageNo, const QPointF& point) const

@@ -9,6 +9,7 @@
 
 #include "host/app/host_application.h"
 #include "host/app/note_classes.h"
+#include "host/ui/book_gestures.h"
 #include "host/ui/page_canvas.h"
 
 #include <QMainWindow>
@@ -63,7 +64,7 @@ public:
     ScanReader& scanReader() { return *scanReader_; }
     std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
     // The context menu of the selection while it is open, else null.
-    QMenu* contextMenu() { return contextMenu_; }
+    QMenu* contextMenu() { return gestures_->contextMenu(); }
 
     // The window that shows the book view controller (one per process).
     static ReaderWindow* current();
@@ -96,10 +97,6 @@ private:
     void buildActions();
     void buildRecentMenu();
     void rememberPage();
-    void pagePressed(int pageIndex, QPointF point);
-    void pageDragged(int pageIndex, QPointF point);
-    void pageReleased(int pageIndex, QPointF point);
-    void pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers);
     void jumpToNote(const QString& noteid);
     void updateStatus();
     void showContents();
@@ -121,17 +118,13 @@ private:
     QMenu* recentMenu_ = nullptr;
     std::shared_ptr<runtime::Object> contents_;
     QAction* contentsAction_ = nullptr;
-    QPointer<QMenu> contextMenu_;
+    BookGestures* gestures_ = nullptr;
     QString bookPath_;
     // The file being opened: its document, handed to the book view once its
     // MD5 is known, so the PDF is opened once on this thread.
     std::uint64_t opening_ = 0;
     std::unique_ptr<PdfObjCAPI> openingDocument_;
     bool bookReady_ = false;
-    int pressPage_ = -1;
-    QPointF pressPoint_;
-    bool dragged_ = false;
-    bool ignoreRelease_ = false;
     quint64 researchObserver_ = 0;
     quint64 cancelEditObserver_ = 0;
 };

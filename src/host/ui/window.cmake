@@ -1,6 +1,7 @@
 # The main window (the study board) and the reader program.
 target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/reader_window.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/book_gestures.cpp
   ${CMAKE_CURRENT_LIST_DIR}/window_methods.cpp
   ${CMAKE_CURRENT_LIST_DIR}/studyboard_methods.cpp
   ${CMAKE_CURRENT_LIST_DIR}/command_menu.cpp
