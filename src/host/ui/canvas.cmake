@@ -2,5 +2,4 @@
 target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/page_canvas.cpp
   ${CMAKE_CURRENT_LIST_DIR}/page_layout.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/page_renderer.cpp
 )

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/ui/page_layout.h"
-#include "host/ui/page_renderer.h"
+#include "host/pdf/page_renderer.h"
 
 #include <QAbstractScrollArea>
 #include <QColor>
