@@ -1,5 +1,6 @@
 #include "host/ui/book_gestures.h"
 
+#include "host/app/gesture_scope.h"
 #include "host/ui/page_canvas.h"
 
 #include "foundation/notification_center.h"
@@ -51,6 +52,7 @@ void BookGestures::dragged(int pageIndex, QPointF point)
 
 void BookGestures::released(int pageIndex, QPointF point)
 {
+    const GestureScope gesture;
     if (ignoreRelease_) {
         ignoreRelease_ = false;
         return;
@@ -77,6 +79,7 @@ void BookGestures::released(int pageIndex, QPointF point)
 
 void BookGestures::doubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers)
 {
+    const GestureScope gesture;
     ignoreRelease_ = true;
     send<void>(book_, "setCurrentPageNo:", pageIndex + 1);
     const ObjectRef recognizer = makeTapRecognizer(2, pageIndex + 1, point, canvas_.pageToViewport(pageIndex, point));
@@ -95,6 +98,7 @@ void BookGestures::showContextMenu(QWidget* parent, int pageNo, const QPointF& p
     auto* menu = new QMenu(parent);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(QStringLiteral("Highlight"), this, [this] {
+        const GestureScope gesture;
         send<void>(book_, "highlight:", std::string("menu"));
         send<void>(book_, "noteHighlight:", std::string("menu"));
     });

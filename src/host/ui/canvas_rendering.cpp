@@ -130,7 +130,7 @@ void PageCanvas::updateRequests()
         if (!hasImage(page, scale, dpr, visible.isEmpty() ? wanted.part : visible))
             requests.push_back(wanted);
     }
-    renderer_->setRequests(documentId_, std::move(requests));
+    document_->renderer().setRequests(documentId_, std::move(requests));
 }
 
 void PageCanvas::imageArrived(const RenderedPage& rendered)

@@ -27,7 +27,7 @@ inline constexpr const char* outlineCellIdentifier = "OutlineCell";
 const Entries& entriesOf(const BookViewObject& book)
 {
     static const Entries none;
-    return book.document ? book.document->outline() : none;
+    return book.book ? book.book->pdf().outline() : none;
 }
 
 const PdfObjCAPI::OutlineEntry* entryAt(const BookViewObject& book, IndexPath path)

@@ -4,9 +4,6 @@
 
 #include "host/ui/page_canvas.h"
 
-#include <poppler-qt6.h>
-
-#include <QFileInfo>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -24,22 +21,10 @@ const QColor kBackground(0x80, 0x80, 0x80);
 const QColor kPageBorder(0, 0, 0, 70);
 const QColor kSelection(0, 120, 215, 80);
 
-const char* const kMissingFile = "The file could not be found.";
-const char* const kNotPdf = "The file is not a PDF document or it is damaged.";
-const char* const kLocked = "The document is locked with a password.";
-const char* const kNoPages = "The document has no pages.";
-
-bool fail(QString* error, const char* message)
-{
-    if (error)
-        *error = QString::fromLatin1(message);
-    return false;
-}
-
 }  // namespace
 
 PageCanvas::PageCanvas(QWidget* parent)
-    : QAbstractScrollArea(parent), renderer_(std::make_unique<PageRenderer>()), cache_(kCacheBytes)
+    : QAbstractScrollArea(parent), cache_(kCacheBytes)
 {
     // Always showing the vertical bar keeps the viewport width steady, so
     // fitting the width cannot flip the bar on and off.
@@ -49,8 +34,6 @@ PageCanvas::PageCanvas(QWidget* parent)
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
     verticalScrollBar()->setSingleStep(kLineStep);
     horizontalScrollBar()->setSingleStep(kLineStep);
-    connect(renderer_.get(), &PageRenderer::pageRendered, this, &PageCanvas::imageArrived);
-    connect(renderer_.get(), &PageRenderer::pageSizesRead, this, &PageCanvas::pageSizesArrived);
     autoScroll_.setInterval(30);
     connect(&autoScroll_, &QTimer::timeout, this, &PageCanvas::autoScrollStep);
 }
@@ -60,51 +43,62 @@ PageCanvas::~PageCanvas() = default;
 bool PageCanvas::openDocument(const QString& path, QString* error)
 {
     closeDocument();
-    if (!QFileInfo(path).isFile())
-        return fail(error, kMissingFile);
-    std::unique_ptr<Poppler::Document> document = Poppler::Document::load(path);
-    if (!document)
-        return fail(error, kNotPdf);
-    if (document->isLocked())
-        return fail(error, kLocked);
-    const int count = document->numPages();
-    if (count <= 0)
-        return fail(error, kNoPages);
-    // Until the renderer has read every page's size on its thread, every
-    // page is taken to be as large as the first: the first page shows at
-    // once, however many pages the book has.
-    QSizeF first(612, 792);
-    if (std::unique_ptr<Poppler::Page> page = document->page(0)) {
-        const QSizeF size = page->pageSizeF();
-        if (size.width() >= 1 && size.height() >= 1)
-            first = size;
+    auto document = std::make_shared<BookDocument>(path);
+    if (!document->isOpen()) {
+        if (error)
+            *error = document->problem();
+        return false;
     }
-    std::vector<QSizeF> sizes(std::size_t(count), first);
-    document.reset();
+    setDocument(std::move(document));
+    return true;
+}
 
-    static std::uint64_t lastId = 0;
-    documentId_ = ++lastId;
-    renderer_->open(path, documentId_);
-    layout_.setPageSizes(std::move(sizes));
+void PageCanvas::setDocument(std::shared_ptr<BookDocument> document)
+{
+    closeDocument();
+    if (!document || !document->isOpen())
+        return;
+    document_ = std::move(document);
+    documentId_ = document_->renderId();
+    connect(document_.get(), &BookDocument::changed, this, &PageCanvas::documentChanged);
+    connect(&document_->renderer(), &PageRenderer::pageRendered, this, &PageCanvas::imageArrived);
+    layout_.setPageSizes(document_->pageSizes());
     zoom_ = mode_ == ZoomMode::Free ? zoom_ : fitZoom(mode_);
     layout_.setGeometry(zoom_, viewport()->width());
     updateScrollBars();
     verticalScrollBar()->setValue(0);
     horizontalScrollBar()->setValue((horizontalScrollBar()->maximum()) / 2);
     updateCurrentPage();
+    // What the book shows already.
+    documentChanged(BookDocument::Selection | BookDocument::Highlights);
     scheduleRequests();
     viewport()->update();
-    return true;
 }
 
-void PageCanvas::pageSizesArrived(std::uint64_t documentId, const std::vector<QSizeF>& sizes)
+void PageCanvas::documentChanged(BookDocument::Changes changes)
 {
-    if (documentId != documentId_ || sizes.size() != std::size_t(pageCount()))
-        return;
-    bool same = true;
-    for (std::size_t i = 0; i < sizes.size() && same; ++i)
-        same = sizes[i] == pageSize(int(i));
-    if (same)
+    if (changes & BookDocument::PageSizes)
+        pageSizesChanged();
+    if (changes & BookDocument::Selection) {
+        const BookDocument::AppliedSelection& selection = document_->selection();
+        setSelectionMarks(selection.pageNo - 1, selection.rects);
+    }
+    if (changes & BookDocument::Highlights) {
+        std::map<int, std::vector<Mark>> marks;
+        for (const auto& [page, highlights] : document_->highlights()) {
+            for (const BookDocument::Highlight& highlight : highlights)
+                marks[page].push_back({highlight.rect, highlightColour(highlight.style)});
+        }
+        setHighlights(std::move(marks));
+    }
+    if (changes & BookDocument::PageText)
+        viewport()->update();
+}
+
+void PageCanvas::pageSizesChanged()
+{
+    const std::vector<QSizeF>& sizes = document_->pageSizes();
+    if (sizes.size() != std::size_t(pageCount()))
         return;
     // Images drawn at the guessed sizes are drawn again; the same place of
     // the same page stays at the top of the view.
@@ -123,7 +117,13 @@ void PageCanvas::closeDocument()
 {
     if (!hasDocument())
         return;
-    renderer_->close();
+    if (document_) {
+        // Whatever was still wanted of it is not made.
+        document_->renderer().setRequests(documentId_, {});
+        document_->renderer().disconnect(this);
+        document_->disconnect(this);
+        document_.reset();
+    }
     documentId_ = 0;
     cache_.clear();
     layout_.setPageSizes({});
@@ -211,6 +211,16 @@ void PageCanvas::setSelectionMarks(int pageIndex, std::vector<QRectF> rects)
 void PageCanvas::clearSelectionMarks()
 {
     setSelectionMarks(-1, {});
+}
+
+QColor PageCanvas::highlightColour(const QString& style)
+{
+    // The translation style blue, headings red, the rest the reader's yellow.
+    if (style == QStringLiteral("mbooks-annotation10"))
+        return QColor(80, 160, 255, 90);
+    if (style == QStringLiteral("annotation18"))
+        return QColor(255, 120, 120, 90);
+    return QColor(255, 220, 0, 100);
 }
 
 void PageCanvas::setHighlights(std::map<int, std::vector<Mark>> marksByPage)

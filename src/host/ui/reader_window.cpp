@@ -1,5 +1,6 @@
 #include "host/ui/reader_window.h"
 
+#include "host/app/gesture_scope.h"
 #include "host/app/note_classes.h"
 #include "host/kit/view_kit.h"
 #include "host/ui/event_monitor.h"
@@ -49,17 +50,6 @@ ReaderWindow*& currentWindow()
 {
     static ReaderWindow* window = nullptr;
     return window;
-}
-
-// A highlight's colour by its style name: the translation style blue, the
-// rest the reader's yellow.
-QColor highlightColour(const QString& style)
-{
-    if (style == QStringLiteral("mbooks-annotation10"))
-        return QColor(80, 160, 255, 90);
-    if (style == QStringLiteral("annotation18"))
-        return QColor(255, 120, 120, 90);
-    return QColor(255, 220, 0, 100);
 }
 
 // A dictionary card by the add-on's test, when an add-on gives notes one.
@@ -162,10 +152,7 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
         ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
         ocrStatus_->show();
     });
-    connect(scanReader_, &ScanReader::pageRead, this, [this] {
-        ocrStatus_->setVisible(scanReader_->pagesWaiting() > 0);
-        highlightsChanged();
-    });
+    connect(scanReader_, &ScanReader::pageRead, this, [this] { ocrStatus_->setVisible(scanReader_->pagesWaiting() > 0); });
     connect(scanReader_, &ScanReader::unavailable, this, [this](const QString& problem) {
         ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
         ocrStatus_->show();
@@ -186,12 +173,18 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
         updateStatus();
     });
     connect(panel_, &NotebookPanel::noteActivated, this, &ReaderWindow::jumpToNote);
-    connect(panel_, &NotebookPanel::notesRemoved, this, [this] { highlightsChanged(); });
-    connect(panel_, &NotebookPanel::notesChanged, this, [this] { highlightsChanged(); });
+    connect(panel_, &NotebookPanel::notesRemoved, this, &ReaderWindow::notesChanged);
+    connect(panel_, &NotebookPanel::notesChanged, this, &ReaderWindow::notesChanged);
 
-    // A note editor closing: what the plug-in wrote into the note shows.
+    // A note editor closing: what the plug-in wrote into the note shows,
+    // once the gesture that wrote it is over.
     cancelEditObserver_ = NotificationCenter::defaultCenter().addObserverForName(
-        QStringLiteral("CancelEditNote"), [this](const Notification&) { QTimer::singleShot(0, panel_, &NotebookPanel::reload); });
+        QStringLiteral("CancelEditNote"), [this](const Notification&) {
+            if (GestureScope::isOpen() && canvas_->document())
+                canvas_->document()->notify(BookDocument::Notes);
+            else
+                QTimer::singleShot(0, panel_, &NotebookPanel::reload);
+        });
     // The plug-in asks the host's web panel to translate a sentence.
     researchObserver_ = NotificationCenter::defaultCenter().addObserverForName(
         QStringLiteral("ResearchOnWeb"),
@@ -247,6 +240,7 @@ void ReaderWindow::buildActions()
     connect(highlighter, &QAction::toggled, this,
             [this](bool on) { send<void>(*application_.bookView, "setHighlightMode:", on ? 1 : 0); });
     tools->addAction(QStringLiteral("Highlight"), this, [this] {
+        const GestureScope gesture;
         send<void>(*application_.bookView, "highlight:", std::string("toolbar"));
         send<void>(*application_.bookView, "noteHighlight:", std::string("toolbar"));
     });
@@ -285,24 +279,26 @@ bool ReaderWindow::openFile(const QString& path)
     const QMimeType type = QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchContent);
     if (!type.inherits(QStringLiteral("application/pdf")))
         return fail(QStringLiteral("it is not a PDF but %1 (%2).").arg(type.comment(), type.name()));
-    auto document = std::make_unique<PdfObjCAPI>(path);
-    if (!document->isOpen())
+    // The one reading of the file on this thread: the canvas shows this book
+    // and the book view takes it over once its MD5 is known.
+    auto document = std::make_shared<BookDocument>(path);
+    if (!document->pdf().isOpen())
         return fail(QStringLiteral("it is not a PDF, or it is damaged or locked."));
     if (!application_.notebook)
         return fail(QStringLiteral("the notebook is not open."));
-    QString problem;
-    if (!canvas_->openDocument(path, &problem))
-        return fail(problem);
+    if (!document->isOpen())
+        return fail(document->problem());
+    canvas_->setDocument(document);
+    connect(document.get(), &BookDocument::changed, this, &ReaderWindow::bookChanged);
 
     // The old book goes; the new one shows while its MD5 is worked out.
     rememberPage();
     send<void>(*application_.bookView, "closeBook");
     scanReader_->setBook(nullptr, QString(), QString());
     panel_->showBook(application_.notebook, QString());
-    highlightsChanged();
     bookReady_ = false;
     bookPath_ = path;
-    openingDocument_ = std::move(document);
+    openingBook_ = std::move(document);
     setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
     updateStatus();
     const std::uint64_t opening = ++opening_;
@@ -333,7 +329,7 @@ bool ReaderWindow::openFile(const QString& path)
 // reading place are known. A later openFile makes this answer stale.
 void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString>& md5)
 {
-    if (opening != opening_ || !openingDocument_)
+    if (opening != opening_ || !openingBook_)
         return;
     if (!md5) {
         QMessageBox::warning(this, QStringLiteral("Lexicorn Reader"),
@@ -345,16 +341,21 @@ void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString
     const int page = known && known->lastPage > 0 ? known->lastPage : 1;
     books.addBook(*md5, QFileInfo(bookPath_).completeBaseName(), bookPath_);
     studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
-    application_.bookView->openingDocument = std::move(openingDocument_);
+    application_.bookView->openingBook = std::move(openingBook_);
     send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
+    // A replacement of openBook may have opened the book anew: the canvas
+    // shows the book the book view has.
+    if (const std::shared_ptr<BookDocument>& book = application_.bookView->book; book && book != canvas_->document()) {
+        canvas_->setDocument(book);
+        connect(book.get(), &BookDocument::changed, this, &ReaderWindow::bookChanged);
+    }
     // The reader may have scrolled while the book was read; only an untouched
     // first page moves on to where the book was left.
     if (canvas_->currentPage() == 0)
         canvas_->goToPage(page - 1);
     panel_->showBook(application_.notebook, *md5);
     showContents();
-    highlightsChanged();
-    scanReader_->setBook(application_.bookView->document.get(), bookPath_, *md5);
+    scanReader_->setBook(application_.bookView->book, bookPath_, *md5);
     scanReader_->pageShown(canvas_->currentPage() + 1);
     books.setLastPage(*md5, page);
     buildRecentMenu();
@@ -475,27 +476,18 @@ void ReaderWindow::showResearchPane(const QString& sentence)
     research_->show();
 }
 
-void ReaderWindow::selectionChanged()
+void ReaderWindow::notesChanged()
 {
-    const BookViewObject& book = *application_.bookView;
-    const auto rects = send<std::vector<QRectF>>(*application_.bookView, "pdfSelectionLst");
-    if (rects.empty())
-        canvas_->clearSelectionMarks();
+    if (const std::shared_ptr<BookDocument>& book = canvas_->document())
+        book->notify(BookDocument::Highlights | BookDocument::Notes);
     else
-        canvas_->setSelectionMarks(book.selectionPage - 1, rects);
+        panel_->reload();
 }
 
-void ReaderWindow::highlightsChanged()
+void ReaderWindow::bookChanged(BookDocument::Changes changes)
 {
-    std::map<int, std::vector<PageCanvas::Mark>> marks;
-    if (application_.notebook && !application_.bookView->bookMd5.isEmpty()) {
-        for (const MbBookNote& note : application_.notebook->notesOfBook(application_.bookView->bookMd5)) {
-            for (const QRectF& rect : note.highlightRects())
-                marks[note.pageNo() - 1].push_back({rect, highlightColour(note.highlightStyle())});
-        }
-    }
-    canvas_->setHighlights(std::move(marks));
-    panel_->reload();
+    if (changes & BookDocument::Notes)
+        panel_->reload();
 }
 
 void ReaderWindow::showPlace(int pageNo, const QRectF& area)
@@ -504,11 +496,6 @@ void ReaderWindow::showPlace(int pageNo, const QRectF& area)
         canvas_->goToPage(pageNo - 1);
     else
         canvas_->scrollToPageRect(pageNo - 1, area);
-}
-
-void ReaderWindow::noteFocused(const QString& /*noteid*/)
-{
-    panel_->reload();
 }
 
 void ReaderWindow::showContextMenu(int pageNo, const QPointF& point)

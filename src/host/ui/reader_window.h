@@ -3,9 +3,9 @@
 // The reader's main window, the study board: the book on the left, the
 // notebook on the right, a toolbar with the clip bar for add-on buttons, and
 // a status line. It is a view over the model: gestures become the book view
-// controller's methods (sent through the runtime, so the plug-in's
-// replacements act on them) and the model's changes come back through
-// BookDisplay.
+// controller's methods (BookGestures, sent through the runtime, so the
+// plug-in's replacements act on them) and the book's changes come back from
+// its BookDocument, to the views they name.
 
 #include "host/app/host_application.h"
 #include "host/app/note_classes.h"
@@ -86,10 +86,7 @@ protected:
 
 public:
     // BookDisplay
-    void selectionChanged() override;
-    void highlightsChanged() override;
     void showPlace(int pageNo, const QRectF& area) override;
-    void noteFocused(const QString& noteid) override;
     void showContextMenu(int pageNo, const QPointF& point) override;
     QPointF viewToPage(int pageNo, const QPointF& point) const override;
 
@@ -101,6 +98,10 @@ private:
     void updateStatus();
     void showContents();
     void bookHashed(std::uint64_t opening, const std::optional<QString>& md5);
+    // The notes changed outside the book's methods (the panel, OCR): the
+    // highlights and the panel show them.
+    void notesChanged();
+    void bookChanged(BookDocument::Changes changes);
 
     HostApplication& application_;
     std::shared_ptr<StudyboardObject> studyboard_;
@@ -120,10 +121,10 @@ private:
     QAction* contentsAction_ = nullptr;
     BookGestures* gestures_ = nullptr;
     QString bookPath_;
-    // The file being opened: its document, handed to the book view once its
-    // MD5 is known, so the PDF is opened once on this thread.
+    // The file being opened: its book, handed to the book view once its MD5
+    // is known, so the PDF is read once on this thread.
     std::uint64_t opening_ = 0;
-    std::unique_ptr<PdfObjCAPI> openingDocument_;
+    std::shared_ptr<BookDocument> openingBook_;
     bool bookReady_ = false;
     quint64 researchObserver_ = 0;
     quint64 cancelEditObserver_ = 0;

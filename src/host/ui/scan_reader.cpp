@@ -1,5 +1,6 @@
 #include "host/ui/scan_reader.h"
 
+#include "host/app/book_document.h"
 #include "host/pdf/ocr_cache.h"
 #include "host/pdf/pdf_objc_api.h"
 
@@ -15,7 +16,7 @@ ScanReader::ScanReader(QObject* parent) : QObject(parent), queue_(SerialQueue::c
 
 ScanReader::~ScanReader() = default;
 
-void ScanReader::setBook(PdfObjCAPI* document, const QString& path, const QString& md5)
+void ScanReader::setBook(std::shared_ptr<BookDocument> document, const QString& path, const QString& md5)
 {
     ++book_;
     document_ = document;
@@ -27,10 +28,11 @@ void ScanReader::setBook(PdfObjCAPI* document, const QString& path, const QStrin
 
 void ScanReader::pageShown(int pageNo)
 {
-    if (!document_ || unavailable_ || pageNo < 1 || pageNo > document_->pageCount() || asked_.count(pageNo))
+    const std::shared_ptr<BookDocument> document = document_.lock();
+    if (!document || unavailable_ || pageNo < 1 || pageNo > document->pageCount() || asked_.count(pageNo))
         return;
     asked_.insert(pageNo);
-    if (document_->hasPopplerText(pageNo))
+    if (document->pdf().hasPopplerText(pageNo))
         return;
     waiting_.insert(pageNo);
     emit pageReading(pageNo);
@@ -63,8 +65,8 @@ void ScanReader::finished(std::uint64_t book, int pageNo, const PageLines& lines
         emit pageRead(pageNo);
         return;
     }
-    if (document_)
-        document_->setTextLayer(pageNo, lines);
+    if (const std::shared_ptr<BookDocument> document = document_.lock())
+        document->setRecognisedText(pageNo, lines);
     emit pageRead(pageNo);
 }
 

@@ -20,7 +20,7 @@ class SerialQueue;
 }
 
 namespace lexicorn::host {
-class PdfObjCAPI;
+class BookDocument;
 }
 
 namespace lexicorn::host::ui {
@@ -31,9 +31,9 @@ public:
     explicit ScanReader(QObject* parent = nullptr);
     ~ScanReader() override;
 
-    // The book now open (null document: none). Pages still being read for
-    // the book before are dropped when they arrive.
-    void setBook(PdfObjCAPI* document, const QString& path, const QString& md5);
+    // The book now open (null: none). Pages still being read for the book
+    // before are dropped when they arrive.
+    void setBook(std::shared_ptr<BookDocument> document, const QString& path, const QString& md5);
     // A page (counted from 1) is shown: it is read when it has no text.
     void pageShown(int pageNo);
     // The pages asked for and not yet read.
@@ -49,7 +49,7 @@ private:
     void finished(std::uint64_t book, int pageNo, const PageLines& lines, const QString& problem);
 
     std::shared_ptr<SerialQueue> queue_;
-    PdfObjCAPI* document_ = nullptr;
+    std::weak_ptr<BookDocument> document_;
     QString path_;
     QString md5_;
     std::uint64_t book_ = 0;

@@ -88,7 +88,7 @@ void registerBookViewMethods(runtime::Runtime& runtime)
         return window ? objectOf(&window->canvas()) : nullptr;
     }));
     runtime.addMethod(book, "currPageView", makeImp([](BookViewObject& self) -> ObjectRef {
-        return self.document ? makePageView(self.currentPage) : nullptr;
+        return self.book ? makePageView(self.currentPage) : nullptr;
     }));
     // The page under a point of the book's view, or null between pages.
     runtime.addMethod(book, "pageViewAtPoint:", makeImp([](BookViewObject&, QPointF point) -> ObjectRef {
