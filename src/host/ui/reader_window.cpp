@@ -1,5 +1,6 @@
 #include "host/ui/reader_window.h"
 
+#include "host/app/book_records.h"
 #include "host/app/gesture_scope.h"
 #include "host/app/note_classes.h"
 #include "host/kit/view_kit.h"
@@ -50,39 +51,6 @@ ReaderWindow*& currentWindow()
 {
     static ReaderWindow* window = nullptr;
     return window;
-}
-
-// A dictionary card by the add-on's test, when an add-on gives notes one.
-bool isDictionaryCard(runtime::Object& note)
-{
-    for (const char* test : {"isDictNote", "isDictTitle"}) {
-        if (runtime::respondsTo(note, test) && send<bool>(note, test))
-            return true;
-    }
-    return false;
-}
-
-// The notes the study board works on: those selected in the notebook, in the
-// order they were selected; with none selected, every dictionary card of the
-// open book.
-StudyboardObject::NoteList boardSelection(const std::shared_ptr<Notebook>& notebook, const QString& bookMd5,
-                                          const QStringList& selected)
-{
-    StudyboardObject::NoteList notes;
-    if (!notebook || bookMd5.isEmpty())
-        return notes;
-    for (const QString& noteid : selected) {
-        if (std::optional<MbBookNote> note = notebook->note(noteid))
-            notes.push_back(makeBookNote(std::move(*note), notebook.get()));
-    }
-    if (!selected.isEmpty())
-        return notes;
-    for (MbBookNote& note : notebook->notesOfBook(bookMd5)) {
-        std::shared_ptr<BookNoteObject> object = makeBookNote(std::move(note), notebook.get());
-        if (isDictionaryCard(*object))
-            notes.push_back(std::move(object));
-    }
-    return notes;
 }
 
 }  // namespace
@@ -159,7 +127,7 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     });
     routeMouseEvents(*canvas_, application_.delegate);
     studyboard_->selectionSource = [this] {
-        return boardSelection(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
+        return studyboardNotes(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
     };
 
     application_.bookView->display = this;
@@ -336,11 +304,9 @@ void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString
                              QStringLiteral("Cannot open %1:\nthe file cannot be read.").arg(bookPath_));
         return;
     }
-    MbModelTool books(*application_.notebook);
-    const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
-    const int page = known && known->lastPage > 0 ? known->lastPage : 1;
-    books.addBook(*md5, QFileInfo(bookPath_).completeBaseName(), bookPath_);
-    studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
+    const BookRecord record = recordOpenedBook(*application_.notebook, *md5, bookPath_);
+    const int page = record.page;
+    studyboard_->bookTitle = record.title;
     application_.bookView->openingBook = std::move(openingBook_);
     send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
     // A replacement of openBook may have opened the book anew: the canvas
@@ -357,7 +323,6 @@ void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString
     showContents();
     scanReader_->setBook(application_.bookView->book, bookPath_, *md5);
     scanReader_->pageShown(canvas_->currentPage() + 1);
-    books.setLastPage(*md5, page);
     buildRecentMenu();
     updateStatus();
     bookReady_ = true;
@@ -377,9 +342,8 @@ void ReaderWindow::showContents()
 
 void ReaderWindow::rememberPage()
 {
-    const QString md5 = application_.bookView->bookMd5;
-    if (!md5.isEmpty() && application_.notebook)
-        MbModelTool(*application_.notebook).setLastPage(md5, canvas_->currentPage() + 1);
+    if (application_.notebook)
+        host::rememberPage(*application_.notebook, application_.bookView->bookMd5, canvas_->currentPage() + 1);
 }
 
 void ReaderWindow::showImportDialog()
@@ -441,13 +405,8 @@ void ReaderWindow::jumpToNote(const QString& noteid)
 {
     if (!application_.notebook)
         return;
-    const std::optional<MbBookNote> note = application_.notebook->note(noteid);
-    if (!note || note->pageNo() < 1)
-        return;
-    QRectF area;
-    for (const QRectF& rect : note->highlightRects())
-        area = area.united(rect);
-    showPlace(note->pageNo(), area);
+    if (const std::optional<NotePlace> place = placeOfNote(*application_.notebook, noteid))
+        showPlace(place->pageNo, place->area);
 }
 
 QPointF ReaderWindow::pageToViewport(int pageNo, const QPointF& point) const
