@@ -9,12 +9,12 @@
 #include "support/server_process.h"
 #include "support/temp_home.h"
 
+#include "host/app/scan_reader.h"
 #include "host/kit/view_kit.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/import_dialog.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/scan_reader.h"
 
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
@@ -432,7 +432,7 @@ TEST_F(ReaderWindowTest, AScannedPageIsReadByOcrAndAWordQuotesItsSentence)
         ASSERT_FALSE(scan.isEmpty());
         ASSERT_TRUE(window_->openFile(scan));
         ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
-        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->scanReader().pagesWaiting() == 0; }, 120000));
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->bookView().book->scanReader().pagesWaiting() == 0; }, 120000));
         const PageLines lines = window_->bookView().book->pdf().textContentsForPageNo_(1);
         ASSERT_FALSE(lines.empty()) << "turned " << turned;
 

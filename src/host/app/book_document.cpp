@@ -1,6 +1,7 @@
 #include "host/app/book_document.h"
 
 #include "host/app/reader_classes.h"
+#include "host/app/scan_reader.h"
 
 #include "foundation/log.h"
 
@@ -84,6 +85,13 @@ void BookDocument::setBook(std::shared_ptr<Notebook> notebook, const QString& md
     notebook_ = std::move(notebook);
     md5_ = md5;
     notify(Highlights | Notes);
+}
+
+ScanReader& BookDocument::scanReader()
+{
+    if (!scanReader_)
+        scanReader_ = std::make_unique<ScanReader>(*this);
+    return *scanReader_;
 }
 
 void BookDocument::setRecognisedText(int pageNo, PageLines lines)

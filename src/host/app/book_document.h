@@ -1,7 +1,7 @@
 #pragma once
 
 // The open book as the reader shows it: the PDF read once, its page sizes and
-// page text (its own, or recognised by OCR for a scanned page), the page
+// page text (its own, or recognised by OCR for a scanned page: ScanReader), the page
 // images made by a renderer on its own thread, the selection and the
 // highlights of the book's notes. It knows no window: views subscribe to
 // changed() and repaint only what a change names. The changes of one gesture
@@ -27,6 +27,8 @@
 #include <vector>
 
 namespace lexicorn::host {
+
+class ScanReader;
 
 class BookDocument : public QObject, public GestureScope::Participant {
     Q_OBJECT
@@ -68,6 +70,9 @@ public:
     const QString& bookMd5() const { return md5_; }
     const std::shared_ptr<Notebook>& notebook() const { return notebook_; }
 
+    // Reads the scanned pages by OCR as they are shown, once the book is in
+    // the notebook; made on first use.
+    ScanReader& scanReader();
     // Text recognised on a scanned page (counted from 1).
     void setRecognisedText(int pageNo, PageLines lines);
 
@@ -114,6 +119,7 @@ private:
     std::vector<QSizeF> pageSizes_;
     std::unique_ptr<PageRenderer> renderer_;
     std::uint64_t renderId_ = 0;
+    std::unique_ptr<ScanReader> scanReader_;
     std::shared_ptr<Notebook> notebook_;
     QString md5_;
     int textGeneration_ = 0;  // one more for each page text recognised

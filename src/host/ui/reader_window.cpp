@@ -3,6 +3,7 @@
 #include "host/app/book_records.h"
 #include "host/app/gesture_scope.h"
 #include "host/app/note_classes.h"
+#include "host/app/scan_reader.h"
 #include "host/kit/view_kit.h"
 #include "host/ui/event_monitor.h"
 #include "host/ui/hud_overlay.h"
@@ -10,7 +11,6 @@
 #include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
-#include "host/ui/scan_reader.h"
 #include "host/ui/task_progress.h"
 
 #include "foundation/dispatch.h"
@@ -104,7 +104,6 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     statusBar()->addPermanentWidget(progress_);
     // Scanned pages: read by OCR as they are shown, with a word in the
     // status line while a page is being read.
-    scanReader_ = new ScanReader(this);
     ocrStatus_ = new QLabel(this);
     ocrStatus_->hide();
     statusBar()->addPermanentWidget(ocrStatus_);
@@ -116,15 +115,6 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
         pluginStatus->setToolTip(QStringLiteral("%1\n%2").arg(application_.plugin.path, application_.plugin.problem));
         statusBar()->addPermanentWidget(pluginStatus);
     }
-    connect(scanReader_, &ScanReader::pageReading, this, [this](int page) {
-        ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
-        ocrStatus_->show();
-    });
-    connect(scanReader_, &ScanReader::pageRead, this, [this] { ocrStatus_->setVisible(scanReader_->pagesWaiting() > 0); });
-    connect(scanReader_, &ScanReader::unavailable, this, [this](const QString& problem) {
-        ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
-        ocrStatus_->show();
-    });
     routeMouseEvents(*canvas_, application_.delegate);
     studyboard_->selectionSource = [this] {
         return studyboardNotes(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
@@ -137,7 +127,8 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     gestures_ = new BookGestures(*canvas_, *application_.bookView, *application_.delegate, this);
     connect(canvas_, &PageCanvas::currentPageChanged, this, [this](int page) {
         send<void>(*application_.bookView, "setCurrentPageNo:", page + 1);
-        scanReader_->pageShown(page + 1);
+        if (const std::shared_ptr<BookDocument>& book = application_.bookView->book)
+            book->scanReader().pageShown(page + 1);
         updateStatus();
     });
     connect(panel_, &NotebookPanel::noteActivated, this, &ReaderWindow::jumpToNote);
@@ -262,7 +253,6 @@ bool ReaderWindow::openFile(const QString& path)
     // The old book goes; the new one shows while its MD5 is worked out.
     rememberPage();
     send<void>(*application_.bookView, "closeBook");
-    scanReader_->setBook(nullptr, QString(), QString());
     panel_->showBook(application_.notebook, QString());
     bookReady_ = false;
     bookPath_ = path;
@@ -321,8 +311,10 @@ void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString
         canvas_->goToPage(page - 1);
     panel_->showBook(application_.notebook, *md5);
     showContents();
-    scanReader_->setBook(application_.bookView->book, bookPath_, *md5);
-    scanReader_->pageShown(canvas_->currentPage() + 1);
+    if (const std::shared_ptr<BookDocument>& book = application_.bookView->book) {
+        watchScans(book->scanReader());
+        book->scanReader().pageShown(canvas_->currentPage() + 1);
+    }
     buildRecentMenu();
     updateStatus();
     bookReady_ = true;
@@ -441,6 +433,19 @@ void ReaderWindow::notesChanged()
         book->notify(BookDocument::Highlights | BookDocument::Notes);
     else
         panel_->reload();
+}
+
+void ReaderWindow::watchScans(ScanReader& reader)
+{
+    connect(&reader, &ScanReader::pageReading, this, [this](int page) {
+        ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
+        ocrStatus_->show();
+    });
+    connect(&reader, &ScanReader::pageRead, this, [this, &reader] { ocrStatus_->setVisible(reader.pagesWaiting() > 0); });
+    connect(&reader, &ScanReader::unavailable, this, [this](const QString& problem) {
+        ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
+        ocrStatus_->show();
+    });
 }
 
 void ReaderWindow::bookChanged(BookDocument::Changes changes)

@@ -28,7 +28,6 @@ class NotebookPanel;
 class ResearchPane;
 class TaskProgress;
 
-class ScanReader;
 
 class ReaderWindow : public QMainWindow, public BookDisplay {
     Q_OBJECT
@@ -60,8 +59,6 @@ public:
     std::shared_ptr<runtime::Object> contentsTable() const { return contents_; }
     QWidget& boardView() { return *board_; }
     BookViewObject& bookView() { return *application_.bookView; }
-    // Reads the book's scanned pages by OCR as they are shown.
-    ScanReader& scanReader() { return *scanReader_; }
     std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
     // The context menu of the selection while it is open, else null.
     QMenu* contextMenu() { return gestures_->contextMenu(); }
@@ -102,6 +99,8 @@ private:
     // highlights and the panel show them.
     void notesChanged();
     void bookChanged(BookDocument::Changes changes);
+    // The status line says which scanned page of the book is being read.
+    void watchScans(ScanReader& reader);
 
     HostApplication& application_;
     std::shared_ptr<StudyboardObject> studyboard_;
@@ -113,7 +112,6 @@ private:
     ResearchPane* research_ = nullptr;
     HudOverlay* hud_ = nullptr;
     TaskProgress* progress_ = nullptr;
-    ScanReader* scanReader_ = nullptr;
     QLabel* ocrStatus_ = nullptr;
     QToolBar* clipBar_ = nullptr;
     QMenu* recentMenu_ = nullptr;
