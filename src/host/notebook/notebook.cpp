@@ -237,10 +237,12 @@ bool Notebook::change(QStringView name, const std::function<bool()>& write)
     if (!open_)
         return fail(QStringLiteral("the notebook %1 is not open").arg(path_));
     QSqlQuery control(QSqlDatabase::database(connection_, false));
-    // Inside a batch the change is a savepoint of the batch's transaction, so
-    // it still succeeds or fails whole. Alone, IMMEDIATE takes the write lock
-    // at once, so a busy file makes us wait for it here rather than fail
-    // half-way.
+    // IMMEDIATE takes the write lock at once, so a busy file makes us wait
+    // for it here rather than fail half-way. A batch's transaction starts
+    // with its first change, so a gesture that writes nothing takes no lock;
+    // inside it each change is a savepoint, and still succeeds or fails whole.
+    if (batchDepth_ > 0 && !batchOpen_)
+        batchOpen_ = control.exec(QStringLiteral("BEGIN IMMEDIATE"));
     const bool inBatch = batchOpen_;
     if (!control.exec(inBatch ? QStringLiteral("SAVEPOINT change") : QStringLiteral("BEGIN IMMEDIATE")))
         return fail(QStringLiteral("%1: cannot start a transaction (%2)").arg(name, errorOf(control)));
@@ -266,11 +268,7 @@ bool Notebook::change(QStringView name, const std::function<bool()>& write)
 
 void Notebook::beginBatch()
 {
-    if (batchDepth_++ > 0 || !open_)
-        return;
-    QSqlQuery control(QSqlDatabase::database(connection_, false));
-    // Without the transaction (the file is busy) each change commits alone.
-    batchOpen_ = control.exec(QStringLiteral("BEGIN IMMEDIATE"));
+    ++batchDepth_;
 }
 
 bool Notebook::endBatch()

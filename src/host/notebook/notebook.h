@@ -62,10 +62,12 @@ public:
     void setFailureHook(FailureHook hook) { failureHook_ = std::move(hook); }
 
     // The changes made between beginBatch and the matching endBatch (one
-    // gesture's writes) go to the file in one transaction, which the last
-    // endBatch commits; each change inside still succeeds or fails whole.
-    // Batches nest. endBatch is false (errorString says why) when the commit
-    // failed and the batch's changes were rolled back.
+    // gesture's writes) go to the file in one transaction, begun by the first
+    // change and committed by the last endBatch; each change inside still
+    // succeeds or fails whole. Batches nest. When the file is too busy to
+    // begin the transaction each change commits alone. endBatch is false
+    // (errorString says why) when the commit failed and the batch's changes
+    // were rolled back.
     void beginBatch();
     bool endBatch();
     bool inBatch() const { return batchDepth_ > 0; }
