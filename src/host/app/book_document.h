@@ -1,8 +1,8 @@
 #pragma once
 
 // The open book as the reader shows it: the PDF read once, its page sizes and
-// page text (its own, or recognised by OCR for a scanned page: ScanReader), the page
-// images made by a renderer on its own thread, the selection and the
+// page text (its own, or recognised by OCR for a scanned page: ScanReader),
+// the page images made by a renderer on its own thread, the selection and the
 // highlights of the book's notes. It knows no window: views subscribe to
 // changed() and repaint only what a change names. The changes of one gesture
 // (GestureScope) are told once, when it ends, and the notebook's writes of
