@@ -18,9 +18,9 @@
 
 #include "dict_generator.h"
 
+#include "host/kit/view_kit.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/alerts.h"
 #include "foundation/user_defaults.h"

@@ -253,6 +253,39 @@ TEST_F(NotebookTest, ChangeThatFailsBeforeCommittingLeavesTheNotebookAsItWas)
     }
 }
 
+// A batch (one gesture's writes) is one transaction: nothing of it reaches the
+// file until the outermost endBatch, a change that fails inside it is undone
+// alone, and a batch that writes nothing commits nothing.
+TEST_F(NotebookTest, ABatchCommitsOnceAndAChangeThatFailsInItIsUndoneAlone)
+{
+    Notebook notebook(path());
+    ASSERT_TRUE(notebook.open());
+    Notebook other(path());
+    ASSERT_TRUE(other.open());
+    const std::uint64_t before = notebook.committedTransactions();
+
+    notebook.beginBatch();
+    notebook.endBatch();
+    EXPECT_EQ(notebook.committedTransactions(), before) << "an empty batch";
+
+    notebook.beginBatch();
+    notebook.beginBatch();
+    MbBookNote first = makeNote(QStringLiteral("first"), QStringLiteral("first"));
+    ASSERT_TRUE(notebook.add(first));
+    notebook.setFailureHook([](QStringView change) { return change == u"update"; });
+    EXPECT_FALSE(notebook.update(makeNote(QStringLiteral("first"), QStringLiteral("broken"))));
+    notebook.setFailureHook({});
+    MbBookNote second = makeNote(QStringLiteral("second"), QStringLiteral("second"));
+    ASSERT_TRUE(notebook.add(second));
+    EXPECT_TRUE(notebook.endBatch());
+    EXPECT_TRUE(other.notes().empty()) << "the inner batch's end commits nothing";
+    EXPECT_TRUE(notebook.endBatch()) << notebook.errorString().toStdString();
+
+    EXPECT_EQ(notebook.committedTransactions() - before, 1u);
+    EXPECT_EQ(idsOf(other.notes()), (std::vector<QString>{QStringLiteral("first"), QStringLiteral("second")}));
+    EXPECT_EQ(other.note(QStringLiteral("first"))->notetitle(), QStringLiteral("first"));
+}
+
 TEST_F(NotebookTest, TwoOpenNotebooksOnOneFileSeeEachOthersChanges)
 {
     Notebook reader(path());

@@ -6,12 +6,12 @@
 #include "screenshot.h"
 #include "sync_fixtures.h"
 
+#include "host/kit/view_kit.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/note_card_view.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/reader_window.h"
 #include "host/ui/task_progress.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/user_defaults.h"
 

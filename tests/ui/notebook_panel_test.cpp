@@ -1,10 +1,10 @@
 // The notebook panel over a real SQLite notebook, and the small panes: the
 // heads-up overlay, dialog alerts and the research pane.
 
+#include "host/kit/kit_table_view.h"
 #include "host/ui/dialog_alerts.h"
 #include "host/ui/fonts.h"
 #include "host/ui/hud_overlay.h"
-#include "host/ui/kit_table_view.h"
 #include "host/ui/note_card_view.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/research_pane.h"

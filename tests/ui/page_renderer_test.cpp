@@ -1,7 +1,7 @@
 // The page renderer's queue and the view's image cache: renders nobody waits
 // for any more are dropped, and old images make room for new ones.
 
-#include "host/ui/page_renderer.h"
+#include "host/pdf/page_renderer.h"
 
 #include <QTest>
 

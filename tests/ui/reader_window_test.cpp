@@ -9,12 +9,12 @@
 #include "support/server_process.h"
 #include "support/temp_home.h"
 
+#include "host/app/scan_reader.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/import_dialog.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/scan_reader.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"
@@ -225,6 +225,53 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSe
     EXPECT_TRUE(inAnki) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
 }
 
+// Guards the cost of one gesture and of opening a book: the card a click on
+// a sense makes (a note, its size, its title and its body) reaches the
+// notebook in one transaction and the views in one change, which names the
+// selection, the highlights and the notes once each; opening the book read
+// its file once on this thread.
+TEST_F(ReaderWindowTest, ACardIsOneTransactionAndOneChangeAndOpeningReadsTheBookOnce)
+{
+    const int loadsBefore = host::PdfObjCAPI::filesLoaded();
+    start(true);
+    const int loadsOnOpening = host::PdfObjCAPI::filesLoaded() - loadsBefore;
+    const host::ui::PageWord word = lookUpSomeWord();
+    ASSERT_FALSE(word.text.isEmpty()) << "no word of page 1 opened the popup";
+    ASSERT_TRUE(app_.bookView->book);
+    host::BookDocument& book = *app_.bookView->book;
+
+    std::vector<host::BookDocument::Changes> told;
+    QObject::connect(&book, &host::BookDocument::changed, &book,
+                     [&told](host::BookDocument::Changes changes) { told.push_back(changes); });
+    const auto toldOf = [&told](host::BookDocument::Change change) {
+        return int(std::count_if(told.begin(), told.end(), [change](auto changes) { return changes.testFlag(change); }));
+    };
+    const std::uint64_t commitsBefore = app_.notebook->committedTransactions();
+
+    const ObjectRef cell = send<ObjectRef>(*popupTable(), "cellForRowAtIndexPath:", IndexPath{1, 0});
+    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
+    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    QTest::qWait(50);
+
+    const struct {
+        const char* what;
+        int count;
+        int expected;
+    } cases[] = {
+        {"PDF files read on opening the book", loadsOnOpening, 1},
+        {"notes made by the click", int(app_.notebook->notes().size()), 1},
+        {"notebook transactions of the click", int(app_.notebook->committedTransactions() - commitsBefore), 1},
+        {"changes told to the views", int(told.size()), 1},
+        {"selection changes", toldOf(host::BookDocument::Selection), 1},
+        {"highlight changes", toldOf(host::BookDocument::Highlights), 1},
+        {"note changes", toldOf(host::BookDocument::Notes), 1},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(c.count, c.expected) << c.what;
+    // The one change showed the card: its highlight is on the page.
+    EXPECT_FALSE(window_->canvas().document()->highlights().empty());
+}
+
 // Guards what a later selection does to the open popup: it moves the popup
 // to the half of the window away from the selection; in correcting mode it
 // replaces only the quote sentence, and the card then takes the selection as
@@ -385,8 +432,8 @@ TEST_F(ReaderWindowTest, AScannedPageIsReadByOcrAndAWordQuotesItsSentence)
         ASSERT_FALSE(scan.isEmpty());
         ASSERT_TRUE(window_->openFile(scan));
         ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
-        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->scanReader().pagesWaiting() == 0; }, 120000));
-        const PageLines lines = window_->bookView().document->textContentsForPageNo_(1);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return window_->bookView().book->scanReader().pagesWaiting() == 0; }, 120000));
+        const PageLines lines = window_->bookView().book->pdf().textContentsForPageNo_(1);
         ASSERT_FALSE(lines.empty()) << "turned " << turned;
 
         // A word of five letters or more in a sentence OCR read whole.

@@ -9,12 +9,12 @@
 #include "support/temp_home.h"
 
 #include "host/app/note_classes.h"
+#include "host/kit/kit_toggles.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/command_menu.h"
 #include "host/ui/hud_overlay.h"
-#include "host/ui/kit_toggles.h"
 #include "host/ui/reader_tour.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/index_path.h"
 #include "foundation/user_defaults.h"

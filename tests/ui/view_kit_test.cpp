@@ -1,10 +1,11 @@
 // The view kit driven the way the plug-in drives it: classes and selectors by
 // name, data sources and delegates that are runtime objects, real clicks.
 
+#include "host/kit/kit_classes.h"
+#include "host/kit/kit_table_view.h"
+#include "host/kit/kit_text_view.h"
+#include "host/kit/styled_document.h"
 #include "host/ui/fonts.h"
-#include "host/ui/kit_table_view.h"
-#include "host/ui/kit_text_view.h"
-#include "host/ui/styled_document.h"
 
 #include "runtime/hosting.h"
 

@@ -31,60 +31,45 @@ inline constexpr const char* tapRecognizerClassName = "UITapGestureRecognizer";
 // The style of a new highlight when the user chose none.
 const QString defaultHighlightStyle = QStringLiteral("mbooks-annotation1");
 
-void selectionChanged(BookViewObject& self)
+// The book's selection as applied; none while no book is open.
+const BookDocument::AppliedSelection& selectionOf(const BookViewObject& self)
 {
-    if (self.display)
-        self.display->selectionChanged();
+    static const BookDocument::AppliedSelection none;
+    return self.book ? self.book->selection() : none;
+}
+
+// Tells the book's views what changed (nothing while no book is open).
+void notify(BookViewObject& self, BookDocument::Changes changes)
+{
+    if (self.book)
+        self.book->notify(changes);
 }
 
 void clearSelection(BookViewObject& self)
 {
-    self.selectionRect = QRectF();
-    self.textSelection = {};
-    self.selectsText = false;
-    selectionChanged(self);
+    if (self.book)
+        self.book->clearSelection();
 }
 
-// The applied selection's text and line rectangles.
 QString selectionText(const BookViewObject& self)
 {
-    const PageLines lines = pageLinesOf(self, self.selectionPage);
-    if (self.selectsText)
-        return selectedText(lines, self.textSelection);
-    return self.selectionRect.isEmpty() ? QString() : selectionTextOf(lines, self.selectionRect);
+    return selectionOf(self).text;
 }
 
 std::vector<QRectF> selectionRects(const BookViewObject& self)
 {
-    if (self.selectsText)
-        return lineRects(pageLinesOf(self, self.selectionPage), self.textSelection);
-    return self.selectionRect.isEmpty() ? std::vector<QRectF>() : std::vector<QRectF>{self.selectionRect};
+    return selectionOf(self).rects;
 }
 
 // The selection's two points move onto its first and last characters, so
 // whatever asks where the selection is (the quote's anchor, a card's
 // highlight) finds its characters, not the margin the drag started in.
-void snapToSelectedCharacters(BookViewObject& self, const PageLines& lines)
+void snapToSelectedCharacters(BookViewObject& self)
 {
-    if (self.textSelection.isEmpty)
-        return;
-    const auto centreOf = [&lines](const CharPlace& place) {
-        return lines[std::size_t(place.line)][std::size_t(place.index)].rect.center();
-    };
-    const QPointF first = centreOf(self.textSelection.first);
-    const QPointF last = centreOf(self.textSelection.last);
-    if (std::isfinite(first.x()) && std::isfinite(first.y()) && std::isfinite(last.x()) && std::isfinite(last.y())) {
-        self.selectionStart = first;
-        self.selectionEnd = last;
+    if (const auto& ends = selectionOf(self).ends) {
+        self.selectionStart = ends->first;
+        self.selectionEnd = ends->second;
     }
-}
-
-QRectF unionOf(const std::vector<QRectF>& rects)
-{
-    QRectF all;
-    for (const QRectF& rect : rects)
-        all = all.united(rect);
-    return all;
 }
 
 // A note of the selection, stored at once: the excerpt, its page and the
@@ -121,8 +106,7 @@ void saveFocusNote(BookViewObject& self)
     BookNoteObject* note = focusNoteOf(self);
     if (note && note->notebook && !note->notebook->update(note->note))
         logLine(QStringLiteral("reader: note %1 was not saved: %2").arg(note->note.noteid(), note->notebook->errorString()));
-    if (self.display)
-        self.display->highlightsChanged();
+    notify(self, BookDocument::Highlights | BookDocument::Notes);
 }
 
 // The word under a page point: the run without blanks around the nearest character.
@@ -148,24 +132,21 @@ void registerSelection(runtime::Runtime& runtime, runtime::Class& view)
     // wholeWord extends running text to whole words.
     runtime.addMethod(view, "setPDFSelection:texSelMode:wholeWord:",
                       makeImp([](BookViewObject& self, bool select, bool textMode, bool wholeWord) {
-                          if (!select || !self.document) {
+                          if (!select || !self.book) {
                               clearSelection(self);
                               return;
                           }
-                          self.selectsText = textMode && self.selectionMode == textSelectionMode;
-                          if (self.selectsText) {
-                              const PageLines lines = pageLinesOf(self, self.selectionPage);
-                              self.textSelection = selectBetween(lines, self.selectionStart, self.selectionEnd, wholeWord);
-                              self.selectionRect = unionOf(lineRects(lines, self.textSelection));
-                              snapToSelectedCharacters(self, lines);
+                          if (textMode && self.selectionMode == textSelectionMode) {
+                              self.book->selectText(self.selectionPage, self.selectionStart, self.selectionEnd, wholeWord);
+                              snapToSelectedCharacters(self);
                           } else {
-                              self.selectionRect = QRectF(self.selectionStart, self.selectionEnd).normalized();
+                              self.book->selectArea(self.selectionPage,
+                                                    QRectF(self.selectionStart, self.selectionEnd).normalized());
                           }
-                          selectionChanged(self);
                       }));
     // Selects the characters under an area of a page at once; an empty area clears.
     runtime.addMethod(view, "setPDFSelection:pageNo:", makeImp([](BookViewObject& self, QRectF rect, int pageNo) {
-        if (!self.document || rect.isEmpty()) {
+        if (!self.book || rect.isEmpty()) {
             self.selectionPage = 0;
             clearSelection(self);
             return;
@@ -174,16 +155,14 @@ void registerSelection(runtime::Runtime& runtime, runtime::Class& view)
         self.selectionStart = rect.topLeft();
         self.selectionEnd = rect.bottomRight();
         self.selectionPage = pageNo;
-        self.selectsText = false;
-        self.selectionRect = rect;
-        selectionChanged(self);
+        self.book->selectArea(pageNo, rect);
     }));
-    runtime.addMethod(view, "selectionRect", makeImp([](BookViewObject& self) { return self.selectionRect; }));
+    runtime.addMethod(view, "selectionRect", makeImp([](BookViewObject& self) { return selectionOf(self).rect; }));
     runtime.addMethod(view, "selectionText", makeImp([](BookViewObject& self) { return selectionText(self); }));
     runtime.addMethod(view, "pdfSelectionLst", makeImp([](BookViewObject& self) { return selectionRects(self); }));
-    runtime.addMethod(view, "refreshSelection", makeImp([](BookViewObject& self) { selectionChanged(self); }));
+    runtime.addMethod(view, "refreshSelection", makeImp([](BookViewObject& self) { notify(self, BookDocument::Selection); }));
     runtime.addMethod(view, "cancelLasso", makeImp([](BookViewObject& self) {
-        if (!self.selectsText)
+        if (!selectionOf(self).isText)
             clearSelection(self);
     }));
     runtime.addMethod(view, "copy:", makeImp([](BookViewObject& self, std::string /*sender*/) {
@@ -215,14 +194,13 @@ void registerNotes(runtime::Runtime& runtime, runtime::Class& view)
         if (ObjectRef note = makeHighlightNote(self)) {
             self.focusNote = note;
             clearSelection(self);
-            if (self.display)
-                self.display->highlightsChanged();
+            notify(self, BookDocument::Highlights | BookDocument::Notes);
         }
     }));
     // Opens the focus note for editing: the notebook panel shows it.
     runtime.addMethod(view, "noteHighlight:", makeImp([](BookViewObject& self, std::string /*sender*/) {
-        if (BookNoteObject* note = focusNoteOf(self); note && self.display)
-            self.display->noteFocused(note->note.noteid());
+        if (focusNoteOf(self))
+            notify(self, BookDocument::Notes);
     }));
     // A note made by dragging the selection onto the notebook.
     runtime.addMethod(view, "dragToNote:", makeImp([](BookViewObject& self, std::string sender) {
@@ -242,8 +220,7 @@ void registerNotes(runtime::Runtime& runtime, runtime::Class& view)
         }
     }));
     runtime.addMethod(view, "RefreshHighlights:", makeImp([](BookViewObject& self, std::string /*sender*/) {
-        if (self.display)
-            self.display->highlightsChanged();
+        notify(self, BookDocument::Highlights | BookDocument::Notes);
     }));
 
     runtime::Class& editor = runtime.registerClass(noteEditorClassName, rootClassName);
@@ -272,7 +249,7 @@ void registerNavigation(runtime::Runtime& runtime, runtime::Class& view)
     // the selection may since have grown around (a card selects its sentence).
     runtime.addMethod(view, "tapHotWord:", makeImp([](BookViewObject& self, QPointF point) {
         const QPointF onPage = self.display ? self.display->viewToPage(self.currentPage, point) : point;
-        const bool inSelection = self.selectionPage > 0 && self.selectionRect.contains(onPage);
+        const bool inSelection = self.selectionPage > 0 && selectionOf(self).rect.contains(onPage);
         const QString word = inSelection && !self.lookedUpWord.isEmpty()
             ? self.lookedUpWord
             : wordAt(pageLinesOf(self, self.selectionPage > 0 ? self.selectionPage : self.currentPage), onPage);
@@ -312,7 +289,7 @@ void registerGestures(runtime::Runtime& runtime, runtime::Class& view)
     runtime.addMethod(view, "gestureRecognizerShouldBegin:", makeImp([](BookViewObject&, ObjectRef) { return true; }));
     runtime.addMethod(view, "handleOneFingerDoubleClick:", makeImp([](BookViewObject& self, ObjectRef recognizer) {
         auto* tapObject = dynamic_cast<TapRecognizerObject*>(recognizer.get());
-        if (!tapObject || !self.document)
+        if (!tapObject || !self.book)
             return;
         runtime::send<void>(self, "setSelectionStartPoint:", tapObject->pagePoint);
         runtime::send<void>(self, "setSelectionEndPoint:", tapObject->pagePoint);

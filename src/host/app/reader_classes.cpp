@@ -17,9 +17,9 @@ using runtime::Object;
 using ObjectRef = std::shared_ptr<Object>;
 
 // A page of the open book; a document without pages still has page 1.
-int pageWithin(const PdfObjCAPI& document, int pageNo)
+int pageWithin(const BookDocument& book, int pageNo)
 {
-    return std::clamp(pageNo, 1, std::max(1, document.pageCount()));
+    return std::clamp(pageNo, 1, std::max(1, book.pageCount()));
 }
 
 std::shared_ptr<ModelToolObject>& sharedModelTool()
@@ -37,16 +37,17 @@ void openBook(BookViewObject& self, const QString& md5, int pageNo)
         logLine(QStringLiteral("reader: no book with MD5 %1").arg(md5));
         return;
     }
-    std::unique_ptr<PdfObjCAPI> document = std::move(self.openingDocument);
+    std::shared_ptr<BookDocument> document = std::move(self.openingBook);
     if (!document || document->path() != book->path)
-        document = std::make_unique<PdfObjCAPI>(book->path);
+        document = std::make_shared<BookDocument>(book->path);
     if (!document->isOpen()) {
         logLine(QStringLiteral("reader: %1 does not open as a PDF").arg(book->path));
         return;
     }
-    self.document = std::move(document);
+    document->setBook(tool->notebook, md5);
+    self.book = std::move(document);
     self.bookMd5 = md5;
-    self.currentPage = pageWithin(*self.document, pageNo);
+    self.currentPage = pageWithin(*self.book, pageNo);
 }
 
 void registerBookView(runtime::Runtime& runtime)
@@ -57,23 +58,20 @@ void registerBookView(runtime::Runtime& runtime)
                           openBook(self, md5, pageNo);
                       }));
     runtime.addMethod(view, "closeBook", makeImp([](BookViewObject& self) {
-        self.document.reset();
+        self.book.reset();
         self.bookMd5.clear();
         self.currentPage = 0;
-        self.selectionRect = QRectF();
-        self.textSelection = {};
-        self.selectsText = false;
         self.selectionPage = 0;
         self.focusNote.reset();
     }));
     runtime.addMethod(view, "currentBookMd5", makeImp([](BookViewObject& self) { return self.bookMd5; }));
     runtime.addMethod(view, "currentPageNo", makeImp([](BookViewObject& self) { return self.currentPage; }));
     runtime.addMethod(view, "setCurrentPageNo:", makeImp([](BookViewObject& self, int pageNo) {
-        if (self.document)
-            self.currentPage = pageWithin(*self.document, pageNo);
+        if (self.book)
+            self.currentPage = pageWithin(*self.book, pageNo);
     }));
     runtime.addMethod(view, "pdfViewHandle",
-                      makeImp([](BookViewObject& self) { return self.document ? self.document->viewHandle() : std::int64_t(0); }));
+                      makeImp([](BookViewObject& self) { return self.book ? self.book->pdf().viewHandle() : std::int64_t(0); }));
     registerBookViewMethods(runtime);
 }
 
@@ -114,7 +112,7 @@ std::shared_ptr<Notebook> sharedNotebook()
 
 PageLines pageLinesOf(const BookViewObject& view, int pageNo)
 {
-    return view.document ? view.document->textContentsForPageNo_(pageNo) : PageLines();
+    return view.book ? view.book->pdf().textContentsForPageNo_(pageNo) : PageLines();
 }
 
 QString selectionTextOf(const PageLines& lines, const QRectF& selection)

@@ -4,6 +4,7 @@
 // controller (open and close a book, the current page, the selection), the
 // page-text interface over Poppler and the book records of the notebook.
 
+#include "host/app/book_document.h"
 #include "host/app/host_classes.h"
 #include "host/app/text_selection.h"
 #include "host/notebook/mb_model_tool.h"
@@ -25,16 +26,13 @@ inline constexpr const char* modelToolClassName = "MbModelTool";
 inline constexpr const char* bookClassName = "MbBook";
 
 // What shows a book view on screen. The windowless model works without
-// one; the reader's window installs itself here and repaints on these calls.
+// one; the reader's window installs itself here. The changes of the book
+// (selection, highlights, notes) reach the views from its BookDocument.
 class BookDisplay {
 public:
     virtual ~BookDisplay() = default;
-    virtual void selectionChanged() = 0;
-    virtual void highlightsChanged() = 0;
     // Scrolls so that the area of the page (the page's top when empty) shows.
     virtual void showPlace(int pageNo, const QRectF& area) = 0;
-    // The note was made or chosen: the notebook panel shows it.
-    virtual void noteFocused(const QString& noteid) = 0;
     // The reader's menu of what to do with the selection, at a page point.
     virtual void showContextMenu(int pageNo, const QPointF& point) = 0;
     // A point of the page's view (as the page image shows it) in page points.
@@ -68,10 +66,12 @@ inline constexpr int textSelectionMode = 2;
 class BookViewObject : public ViewControllerObject {
 public:
     explicit BookViewObject(runtime::Class& cls) : ViewControllerObject(cls) {}
-    std::unique_ptr<PdfObjCAPI> document;
-    // A document the window has already opened for the next openBook of the
-    // same file, so the PDF is not opened twice.
-    std::unique_ptr<PdfObjCAPI> openingDocument;
+    // The open book (null while none is): its PDF, page text, selection and
+    // highlights.
+    std::shared_ptr<BookDocument> book;
+    // A book the window has already opened for the next openBook of the
+    // same file, so the PDF is not read twice.
+    std::shared_ptr<BookDocument> openingBook;
     QString bookMd5;
     int currentPage = 0;
 
@@ -80,10 +80,7 @@ public:
     QPointF selectionEnd;
     int selectionPage = 0;
     int selectionMode = textSelectionMode;
-    // The selection as applied: the area, or the characters of running text.
-    QRectF selectionRect;
-    TextSelection textSelection;
-    bool selectsText = false;
+    // The selection as applied is the book's (BookDocument::selection).
     // The text the user last selected for a lookup; a tap inside the
     // selection afterwards stands for it.
     QString lookedUpWord;

@@ -238,19 +238,51 @@ bool Notebook::change(QStringView name, const std::function<bool()>& write)
         return fail(QStringLiteral("the notebook %1 is not open").arg(path_));
     QSqlQuery control(QSqlDatabase::database(connection_, false));
     // IMMEDIATE takes the write lock at once, so a busy file makes us wait
-    // for it here rather than fail half-way.
-    if (!control.exec(QStringLiteral("BEGIN IMMEDIATE")))
+    // for it here rather than fail half-way. A batch's transaction starts
+    // with its first change, so a gesture that writes nothing takes no lock;
+    // inside it each change is a savepoint, and still succeeds or fails whole.
+    if (batchDepth_ > 0 && !batchOpen_)
+        batchOpen_ = control.exec(QStringLiteral("BEGIN IMMEDIATE"));
+    const bool inBatch = batchOpen_;
+    if (!control.exec(inBatch ? QStringLiteral("SAVEPOINT change") : QStringLiteral("BEGIN IMMEDIATE")))
         return fail(QStringLiteral("%1: cannot start a transaction (%2)").arg(name, errorOf(control)));
     bool ok = write();
     if (ok && failureHook_ && failureHook_(name))
         ok = fail(QStringLiteral("%1: broken by the failure hook").arg(name));
-    if (ok && !control.exec(QStringLiteral("COMMIT")))
+    if (ok && !control.exec(inBatch ? QStringLiteral("RELEASE change") : QStringLiteral("COMMIT")))
         ok = fail(QStringLiteral("%1: cannot commit (%2)").arg(name, errorOf(control)));
     if (!ok) {
-        control.exec(QStringLiteral("ROLLBACK"));
+        if (inBatch) {
+            control.exec(QStringLiteral("ROLLBACK TO change"));
+            control.exec(QStringLiteral("RELEASE change"));
+        } else {
+            control.exec(QStringLiteral("ROLLBACK"));
+        }
         return false;
     }
+    if (!inBatch)
+        ++commits_;
     error_.clear();
+    return true;
+}
+
+void Notebook::beginBatch()
+{
+    ++batchDepth_;
+}
+
+bool Notebook::endBatch()
+{
+    if (batchDepth_ == 0 || --batchDepth_ > 0 || !batchOpen_)
+        return true;
+    batchOpen_ = false;
+    QSqlQuery control(QSqlDatabase::database(connection_, false));
+    if (!control.exec(QStringLiteral("COMMIT"))) {
+        const QString why = errorOf(control);
+        control.exec(QStringLiteral("ROLLBACK"));
+        return fail(QStringLiteral("the batch cannot commit (%1)").arg(why));
+    }
+    ++commits_;
     return true;
 }
 

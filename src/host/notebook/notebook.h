@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -60,6 +61,19 @@ public:
     using FailureHook = std::function<bool(QStringView change)>;
     void setFailureHook(FailureHook hook) { failureHook_ = std::move(hook); }
 
+    // The changes made between beginBatch and the matching endBatch (one
+    // gesture's writes) go to the file in one transaction, begun by the first
+    // change and committed by the last endBatch; each change inside still
+    // succeeds or fails whole. Batches nest. When the file is too busy to
+    // begin the transaction each change commits alone. endBatch is false
+    // (errorString says why) when the commit failed and the batch's changes
+    // were rolled back.
+    void beginBatch();
+    bool endBatch();
+    bool inBatch() const { return batchDepth_ > 0; }
+    // Transactions committed since the notebook was opened, a batch counting once.
+    std::uint64_t committedTransactions() const { return commits_; }
+
 private:
     friend class MbModelTool;
 
@@ -76,6 +90,9 @@ private:
     QString error_;
     bool open_ = false;
     FailureHook failureHook_;
+    int batchDepth_ = 0;
+    bool batchOpen_ = false;  // the batch's transaction is open
+    std::uint64_t commits_ = 0;
 };
 
 }  // namespace lexicorn::host

@@ -18,6 +18,12 @@ QHash<std::int64_t, PdfObjCAPI*>& openDocuments()
     return documents;
 }
 
+int& loads()
+{
+    static int count = 0;
+    return count;
+}
+
 std::int64_t nextViewHandle()
 {
     static std::int64_t last = 0;
@@ -53,9 +59,25 @@ void appendWord(const Poppler::TextBox& word, CharLine& line)
 PdfObjCAPI::PdfObjCAPI(const QString& pdfPath)
     : path_(pdfPath), document_(Poppler::Document::load(pdfPath)), viewHandle_(nextViewHandle())
 {
-    if (document_ && document_->isLocked())
+    ++loads();
+    if (document_ && document_->isLocked()) {
+        locked_ = true;
         document_.reset();
+    }
     openDocuments().insert(viewHandle_, this);
+}
+
+int PdfObjCAPI::filesLoaded()
+{
+    return loads();
+}
+
+QSizeF PdfObjCAPI::pageSize(int pageNo) const
+{
+    if (!document_ || pageNo < 1 || pageNo > document_->numPages())
+        return {};
+    const std::unique_ptr<Poppler::Page> page = document_->page(pageNo - 1);
+    return page ? page->pageSizeF() : QSizeF();
 }
 
 PdfObjCAPI::~PdfObjCAPI()

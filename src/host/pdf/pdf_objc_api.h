@@ -4,6 +4,7 @@
 
 #include <QCache>
 #include <QHash>
+#include <QSizeF>
 #include <QString>
 
 #include <cstdint>
@@ -34,7 +35,15 @@ public:
     const QString& path() const { return path_; }
     // False when the file could not be read as an unlocked PDF.
     bool isOpen() const { return document_ != nullptr; }
+    // The file is a PDF, but locked with a password (and so not open).
+    bool isLocked() const { return locked_; }
     int pageCount() const;
+    // Page pageNo's size in points; empty outside the document.
+    QSizeF pageSize(int pageNo) const;
+
+    // How many files these objects have read with Poppler, for checking that
+    // opening a book reads its file once.
+    static int filesLoaded();
 
     // The text of page pageNo (counted from 1) as lines of character records
     // in reading order, one record per UTF-16 unit, with a blank record
@@ -68,6 +77,7 @@ private:
     QString path_;
     std::unique_ptr<Poppler::Document> document_;
     std::int64_t viewHandle_;
+    bool locked_ = false;
 };
 
 }  // namespace lexicorn::host

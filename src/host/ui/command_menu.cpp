@@ -1,7 +1,7 @@
 #include "host/ui/command_menu.h"
 
-#include "host/ui/kit_images.h"
-#include "host/ui/kit_toggles.h"
+#include "host/kit/kit_images.h"
+#include "host/kit/kit_toggles.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

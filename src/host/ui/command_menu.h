@@ -26,7 +26,7 @@
 // flips a switch, Left / Right change a segment, Enter runs a command or
 // flips a switch, Escape closes the popover, as does a click outside it.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include <QFrame>
 #include <QSizeF>

@@ -1,9 +1,10 @@
 #include "host/ui/note_card_view.h"
 
-#include "host/ui/kit_table_view.h"
-#include "host/ui/kit_text_view.h"
+#include "host/kit/kit_classes.h"
+#include "host/kit/kit_table_view.h"
+#include "host/kit/kit_text_view.h"
+#include "host/kit/styled_document.h"
 #include "host/ui/note_title_editor.h"
-#include "host/ui/styled_document.h"
 
 #include <QJsonObject>
 #include <QMouseEvent>

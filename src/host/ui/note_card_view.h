@@ -27,7 +27,7 @@
 // Class method boundingHeightForWidth:withAttributedString: (double,
 // StyledText) -> double.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "host/app/note_classes.h"
 

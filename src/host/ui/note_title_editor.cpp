@@ -1,5 +1,7 @@
 #include "host/ui/note_title_editor.h"
 
+#include "host/kit/kit_classes.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPainter>

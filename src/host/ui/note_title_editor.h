@@ -21,7 +21,7 @@
 // away and clears the records; textView:shouldChangeTextInRange:replacementText:
 // asks the text view itself.
 
-#include "host/ui/kit_text_view.h"
+#include "host/kit/kit_text_view.h"
 
 #include <QPoint>
 

@@ -5,8 +5,8 @@
 #include "host/ui/outline_methods.h"
 
 #include "host/app/reader_classes.h"
-#include "host/ui/kit_table_view.h"
-#include "host/ui/view_kit.h"
+#include "host/kit/kit_table_view.h"
+#include "host/kit/view_kit.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -27,7 +27,7 @@ inline constexpr const char* outlineCellIdentifier = "OutlineCell";
 const Entries& entriesOf(const BookViewObject& book)
 {
     static const Entries none;
-    return book.document ? book.document->outline() : none;
+    return book.book ? book.book->pdf().outline() : none;
 }
 
 const PdfObjCAPI::OutlineEntry* entryAt(const BookViewObject& book, IndexPath path)

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "host/ui/page_layout.h"
-#include "host/ui/page_renderer.h"
+#include "host/app/book_document.h"
+#include "host/pdf/page_renderer.h"
 
 #include <QAbstractScrollArea>
 #include <QColor>
@@ -20,10 +21,11 @@
 
 namespace lexicorn::host::ui {
 
-// Shows a PDF document as a continuous vertical strip of pages. It keeps only
-// what it needs to draw: page images come from a renderer on a worker thread
-// and are cached here; highlights and the selection are rectangles given by
-// the caller; mouse gestures on a page leave as signals in page coordinates.
+// Shows a book (BookDocument) as a continuous vertical strip of pages. It
+// keeps only what it needs to draw: page images come from the book's renderer
+// on a worker thread and are cached here; the book's highlights and selection
+// are drawn over them when the book says they changed; mouse gestures on a
+// page leave as signals in page coordinates.
 class PageCanvas : public QAbstractScrollArea {
     Q_OBJECT
 public:
@@ -34,6 +36,9 @@ public:
     // sentence for a missing, damaged, locked or non-PDF file; the canvas is
     // then empty and usable.
     bool openDocument(const QString& path, QString* error = nullptr);
+    // Shows a book already open (none: the canvas is empty).
+    void setDocument(std::shared_ptr<BookDocument> document);
+    const std::shared_ptr<BookDocument>& document() const { return document_; }
     void closeDocument();
     bool hasDocument() const;
     int pageCount() const;
@@ -79,6 +84,8 @@ public:
     void setSelectionMarks(int pageIndex, std::vector<QRectF> rects);  // translucent blue; empty = none
     void clearSelectionMarks();
     void setHighlights(std::map<int, std::vector<Mark>> marksByPage);  // replaces all highlights
+    // A highlight's fill by its style name.
+    static QColor highlightColour(const QString& style);
 
     // Mouse button events pass through the router before the canvas acts on
     // them, as event types numbered like the platform's (event_types.h): the
@@ -137,7 +144,9 @@ private:
     // Whether the cached image of the page is at the scale and covers the part.
     bool hasImage(int page, double scale, double dpr, const QRectF& needed) const;
     void imageArrived(const RenderedPage& page);
-    void pageSizesArrived(std::uint64_t documentId, const std::vector<QSizeF>& sizes);
+    // Repaints what the book says changed.
+    void documentChanged(BookDocument::Changes changes);
+    void pageSizesChanged();
     void updateCurrentPage();
     QPointF clampedPagePoint(int page, QPoint viewportPos) const;
     void autoScrollStep();
@@ -152,7 +161,7 @@ private:
     void leftReleased(QMouseEvent* event);
 
     PageLayout layout_;
-    std::unique_ptr<PageRenderer> renderer_;
+    std::shared_ptr<BookDocument> document_;
     mutable PageImageCache cache_;  // looking an image up marks it as used
     std::uint64_t documentId_ = 0;
     ZoomMode mode_ = ZoomMode::FitWidth;

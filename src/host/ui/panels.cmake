@@ -1,12 +1,5 @@
 # The notebook panel, heads-up overlay, alerts and the web research pane.
 target_sources(lexicorn_host_ui PRIVATE
-  ${CMAKE_CURRENT_LIST_DIR}/view_kit.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/kit_table_view.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/kit_text_view.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/kit_controls.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/kit_toggles.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/kit_images.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/styled_document.cpp
   ${CMAKE_CURRENT_LIST_DIR}/note_card_view.cpp
   ${CMAKE_CURRENT_LIST_DIR}/note_title_editor.cpp
   ${CMAKE_CURRENT_LIST_DIR}/notebook_panel.cpp

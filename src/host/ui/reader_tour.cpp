@@ -1,9 +1,9 @@
 #include "host/ui/reader_tour.h"
 
+#include "host/kit/view_kit.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/index_path.h"
 

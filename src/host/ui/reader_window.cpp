@@ -1,15 +1,17 @@
 #include "host/ui/reader_window.h"
 
+#include "host/app/book_records.h"
+#include "host/app/gesture_scope.h"
 #include "host/app/note_classes.h"
+#include "host/app/scan_reader.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/event_monitor.h"
 #include "host/ui/hud_overlay.h"
 #include "host/ui/import_dialog.h"
 #include "host/ui/notebook_panel.h"
 #include "host/ui/outline_methods.h"
 #include "host/ui/research_pane.h"
-#include "host/ui/scan_reader.h"
 #include "host/ui/task_progress.h"
-#include "host/ui/view_kit.h"
 
 #include "foundation/dispatch.h"
 #include "foundation/notification_center.h"
@@ -49,53 +51,6 @@ ReaderWindow*& currentWindow()
 {
     static ReaderWindow* window = nullptr;
     return window;
-}
-
-// A highlight's colour by its style name: the translation style blue, the
-// rest the reader's yellow.
-QColor highlightColour(const QString& style)
-{
-    if (style == QStringLiteral("mbooks-annotation10"))
-        return QColor(80, 160, 255, 90);
-    if (style == QStringLiteral("annotation18"))
-        return QColor(255, 120, 120, 90);
-    return QColor(255, 220, 0, 100);
-}
-
-// Drags shorter than this (in page points) are clicks.
-constexpr double clickSlop = 2.0;
-
-// A dictionary card by the add-on's test, when an add-on gives notes one.
-bool isDictionaryCard(runtime::Object& note)
-{
-    for (const char* test : {"isDictNote", "isDictTitle"}) {
-        if (runtime::respondsTo(note, test) && send<bool>(note, test))
-            return true;
-    }
-    return false;
-}
-
-// The notes the study board works on: those selected in the notebook, in the
-// order they were selected; with none selected, every dictionary card of the
-// open book.
-StudyboardObject::NoteList boardSelection(const std::shared_ptr<Notebook>& notebook, const QString& bookMd5,
-                                          const QStringList& selected)
-{
-    StudyboardObject::NoteList notes;
-    if (!notebook || bookMd5.isEmpty())
-        return notes;
-    for (const QString& noteid : selected) {
-        if (std::optional<MbBookNote> note = notebook->note(noteid))
-            notes.push_back(makeBookNote(std::move(*note), notebook.get()));
-    }
-    if (!selected.isEmpty())
-        return notes;
-    for (MbBookNote& note : notebook->notesOfBook(bookMd5)) {
-        std::shared_ptr<BookNoteObject> object = makeBookNote(std::move(note), notebook.get());
-        if (isDictionaryCard(*object))
-            notes.push_back(std::move(object));
-    }
-    return notes;
 }
 
 }  // namespace
@@ -149,7 +104,6 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
     statusBar()->addPermanentWidget(progress_);
     // Scanned pages: read by OCR as they are shown, with a word in the
     // status line while a page is being read.
-    scanReader_ = new ScanReader(this);
     ocrStatus_ = new QLabel(this);
     ocrStatus_->hide();
     statusBar()->addPermanentWidget(ocrStatus_);
@@ -161,43 +115,35 @@ ReaderWindow::ReaderWindow(HostApplication& application, QWidget* parent)
         pluginStatus->setToolTip(QStringLiteral("%1\n%2").arg(application_.plugin.path, application_.plugin.problem));
         statusBar()->addPermanentWidget(pluginStatus);
     }
-    connect(scanReader_, &ScanReader::pageReading, this, [this](int page) {
-        ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
-        ocrStatus_->show();
-    });
-    connect(scanReader_, &ScanReader::pageRead, this, [this] {
-        ocrStatus_->setVisible(scanReader_->pagesWaiting() > 0);
-        highlightsChanged();
-    });
-    connect(scanReader_, &ScanReader::unavailable, this, [this](const QString& problem) {
-        ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
-        ocrStatus_->show();
-    });
     routeMouseEvents(*canvas_, application_.delegate);
     studyboard_->selectionSource = [this] {
-        return boardSelection(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
+        return studyboardNotes(application_.notebook, application_.bookView->bookMd5, panel_->selectedNoteIds());
     };
 
     application_.bookView->display = this;
     application_.delegate->presentHUD = [this](const QString& text, double seconds) { hud_->showMessage(text, seconds); };
     studyboard_->presentHUD = application_.delegate->presentHUD;
 
-    connect(canvas_, &PageCanvas::pagePressed, this, [this](int page, QPointF point, Qt::KeyboardModifiers) { pagePressed(page, point); });
-    connect(canvas_, &PageCanvas::pageDragged, this, &ReaderWindow::pageDragged);
-    connect(canvas_, &PageCanvas::pageReleased, this, &ReaderWindow::pageReleased);
-    connect(canvas_, &PageCanvas::pageDoubleClicked, this, &ReaderWindow::pageDoubleClicked);
+    gestures_ = new BookGestures(*canvas_, *application_.bookView, *application_.delegate, this);
     connect(canvas_, &PageCanvas::currentPageChanged, this, [this](int page) {
         send<void>(*application_.bookView, "setCurrentPageNo:", page + 1);
-        scanReader_->pageShown(page + 1);
+        if (const std::shared_ptr<BookDocument>& book = application_.bookView->book)
+            book->scanReader().pageShown(page + 1);
         updateStatus();
     });
     connect(panel_, &NotebookPanel::noteActivated, this, &ReaderWindow::jumpToNote);
-    connect(panel_, &NotebookPanel::notesRemoved, this, [this] { highlightsChanged(); });
-    connect(panel_, &NotebookPanel::notesChanged, this, [this] { highlightsChanged(); });
+    connect(panel_, &NotebookPanel::notesRemoved, this, &ReaderWindow::notesChanged);
+    connect(panel_, &NotebookPanel::notesChanged, this, &ReaderWindow::notesChanged);
 
-    // A note editor closing: what the plug-in wrote into the note shows.
+    // A note editor closing: what the plug-in wrote into the note shows,
+    // once the gesture that wrote it is over.
     cancelEditObserver_ = NotificationCenter::defaultCenter().addObserverForName(
-        QStringLiteral("CancelEditNote"), [this](const Notification&) { QTimer::singleShot(0, panel_, &NotebookPanel::reload); });
+        QStringLiteral("CancelEditNote"), [this](const Notification&) {
+            if (GestureScope::isOpen() && canvas_->document())
+                canvas_->document()->notify(BookDocument::Notes);
+            else
+                QTimer::singleShot(0, panel_, &NotebookPanel::reload);
+        });
     // The plug-in asks the host's web panel to translate a sentence.
     researchObserver_ = NotificationCenter::defaultCenter().addObserverForName(
         QStringLiteral("ResearchOnWeb"),
@@ -253,6 +199,7 @@ void ReaderWindow::buildActions()
     connect(highlighter, &QAction::toggled, this,
             [this](bool on) { send<void>(*application_.bookView, "setHighlightMode:", on ? 1 : 0); });
     tools->addAction(QStringLiteral("Highlight"), this, [this] {
+        const GestureScope gesture;
         send<void>(*application_.bookView, "highlight:", std::string("toolbar"));
         send<void>(*application_.bookView, "noteHighlight:", std::string("toolbar"));
     });
@@ -291,24 +238,25 @@ bool ReaderWindow::openFile(const QString& path)
     const QMimeType type = QMimeDatabase().mimeTypeForFile(path, QMimeDatabase::MatchContent);
     if (!type.inherits(QStringLiteral("application/pdf")))
         return fail(QStringLiteral("it is not a PDF but %1 (%2).").arg(type.comment(), type.name()));
-    auto document = std::make_unique<PdfObjCAPI>(path);
-    if (!document->isOpen())
+    // The one reading of the file on this thread: the canvas shows this book
+    // and the book view takes it over once its MD5 is known.
+    auto document = std::make_shared<BookDocument>(path);
+    if (!document->pdf().isOpen())
         return fail(QStringLiteral("it is not a PDF, or it is damaged or locked."));
     if (!application_.notebook)
         return fail(QStringLiteral("the notebook is not open."));
-    QString problem;
-    if (!canvas_->openDocument(path, &problem))
-        return fail(problem);
+    if (!document->isOpen())
+        return fail(document->problem());
+    canvas_->setDocument(document);
+    connect(document.get(), &BookDocument::changed, this, &ReaderWindow::bookChanged);
 
     // The old book goes; the new one shows while its MD5 is worked out.
     rememberPage();
     send<void>(*application_.bookView, "closeBook");
-    scanReader_->setBook(nullptr, QString(), QString());
     panel_->showBook(application_.notebook, QString());
-    highlightsChanged();
     bookReady_ = false;
     bookPath_ = path;
-    openingDocument_ = std::move(document);
+    openingBook_ = std::move(document);
     setWindowTitle(QStringLiteral("%1 — Lexicorn Reader").arg(QFileInfo(path).fileName()));
     updateStatus();
     const std::uint64_t opening = ++opening_;
@@ -339,30 +287,34 @@ bool ReaderWindow::openFile(const QString& path)
 // reading place are known. A later openFile makes this answer stale.
 void ReaderWindow::bookHashed(std::uint64_t opening, const std::optional<QString>& md5)
 {
-    if (opening != opening_ || !openingDocument_)
+    if (opening != opening_ || !openingBook_)
         return;
     if (!md5) {
         QMessageBox::warning(this, QStringLiteral("Lexicorn Reader"),
                              QStringLiteral("Cannot open %1:\nthe file cannot be read.").arg(bookPath_));
         return;
     }
-    MbModelTool books(*application_.notebook);
-    const std::optional<MbBook> known = books.getBookFromMd5_(*md5);
-    const int page = known && known->lastPage > 0 ? known->lastPage : 1;
-    books.addBook(*md5, QFileInfo(bookPath_).completeBaseName(), bookPath_);
-    studyboard_->bookTitle = books.getBookFromMd5_(*md5).value_or(MbBook{}).bookTitle;
-    application_.bookView->openingDocument = std::move(openingDocument_);
+    const BookRecord record = recordOpenedBook(*application_.notebook, *md5, bookPath_);
+    const int page = record.page;
+    studyboard_->bookTitle = record.title;
+    application_.bookView->openingBook = std::move(openingBook_);
     send<void>(*application_.bookView, "openBook:topicid:noteid:bookLocation:", *md5, QString(), QString(), page);
+    // A replacement of openBook may have opened the book anew: the canvas
+    // shows the book the book view has.
+    if (const std::shared_ptr<BookDocument>& book = application_.bookView->book; book && book != canvas_->document()) {
+        canvas_->setDocument(book);
+        connect(book.get(), &BookDocument::changed, this, &ReaderWindow::bookChanged);
+    }
     // The reader may have scrolled while the book was read; only an untouched
     // first page moves on to where the book was left.
     if (canvas_->currentPage() == 0)
         canvas_->goToPage(page - 1);
     panel_->showBook(application_.notebook, *md5);
     showContents();
-    highlightsChanged();
-    scanReader_->setBook(application_.bookView->document.get(), bookPath_, *md5);
-    scanReader_->pageShown(canvas_->currentPage() + 1);
-    books.setLastPage(*md5, page);
+    if (const std::shared_ptr<BookDocument>& book = application_.bookView->book) {
+        watchScans(book->scanReader());
+        book->scanReader().pageShown(canvas_->currentPage() + 1);
+    }
     buildRecentMenu();
     updateStatus();
     bookReady_ = true;
@@ -382,9 +334,8 @@ void ReaderWindow::showContents()
 
 void ReaderWindow::rememberPage()
 {
-    const QString md5 = application_.bookView->bookMd5;
-    if (!md5.isEmpty() && application_.notebook)
-        MbModelTool(*application_.notebook).setLastPage(md5, canvas_->currentPage() + 1);
+    if (application_.notebook)
+        host::rememberPage(*application_.notebook, application_.bookView->bookMd5, canvas_->currentPage() + 1);
 }
 
 void ReaderWindow::showImportDialog()
@@ -442,78 +393,12 @@ void ReaderWindow::dropEvent(QDropEvent* event)
     }
 }
 
-void ReaderWindow::pagePressed(int pageIndex, QPointF point)
-{
-    pressPage_ = pageIndex;
-    pressPoint_ = point;
-    dragged_ = false;
-}
-
-void ReaderWindow::pageDragged(int pageIndex, QPointF point)
-{
-    if (pageIndex != pressPage_ || QLineF(point, pressPoint_).length() < clickSlop)
-        return;
-    dragged_ = true;
-    BookViewObject& book = *application_.bookView;
-    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
-    send<void>(book, "setSelectionStartPoint:", pressPoint_);
-    send<void>(book, "setSelectionEndPoint:", point);
-    send<void>(book, "setSelectionPageNo:", pageIndex + 1);
-    send<void>(book, "setSelectionMode:", textSelectionMode);
-    send<void>(book, "setPDFSelection:texSelMode:wholeWord:", true, true, false);
-}
-
-void ReaderWindow::pageReleased(int pageIndex, QPointF point)
-{
-    BookViewObject& book = *application_.bookView;
-    if (ignoreRelease_) {
-        ignoreRelease_ = false;
-        return;
-    }
-    if (!dragged_) {
-        send<void>(book, "handleDTapGesture:", ObjectRef(makeTapRecognizer(1, pageIndex + 1, point, pageToViewport(pageIndex + 1, point))));
-        return;
-    }
-    pageDragged(pageIndex, point);
-    dragged_ = false;
-    const QString selected = send<QString>(book, "selectionText");
-    if (selected.isEmpty())
-        return;
-    book.lookedUpWord = selected.trimmed();
-    if (send<int>(book, "highlightMode") == 1) {
-        send<void>(book, "highlight:", std::string("highlighter"));
-        return;
-    }
-    NotificationCenter::defaultCenter().postNotificationName(QStringLiteral("PopupMenuOnSelection"), book.shared_from_this());
-}
-
-void ReaderWindow::pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers)
-{
-    ignoreRelease_ = true;
-    BookViewObject& book = *application_.bookView;
-    send<void>(book, "setCurrentPageNo:", pageIndex + 1);
-    const ObjectRef recognizer = makeTapRecognizer(2, pageIndex + 1, point, pageToViewport(pageIndex + 1, point));
-    send<void>(book, "setOneFingerDoubleClickGestureRecognizer:", recognizer);
-    send<void>(book, "setBookTapGesture:", recognizer);
-    if (!send<bool>(book, "gestureRecognizerShouldBegin:", recognizer))
-        return;
-    // Ctrl stands for the command key.
-    application_.delegate->commandHeld = modifiers.testFlag(Qt::ControlModifier);
-    send<void>(book, "handleOneFingerDoubleClick:", recognizer);
-    application_.delegate->commandHeld = false;
-}
-
 void ReaderWindow::jumpToNote(const QString& noteid)
 {
     if (!application_.notebook)
         return;
-    const std::optional<MbBookNote> note = application_.notebook->note(noteid);
-    if (!note || note->pageNo() < 1)
-        return;
-    QRectF area;
-    for (const QRectF& rect : note->highlightRects())
-        area = area.united(rect);
-    showPlace(note->pageNo(), area);
+    if (const std::optional<NotePlace> place = placeOfNote(*application_.notebook, noteid))
+        showPlace(place->pageNo, place->area);
 }
 
 QPointF ReaderWindow::pageToViewport(int pageNo, const QPointF& point) const
@@ -542,27 +427,31 @@ void ReaderWindow::showResearchPane(const QString& sentence)
     research_->show();
 }
 
-void ReaderWindow::selectionChanged()
+void ReaderWindow::notesChanged()
 {
-    const BookViewObject& book = *application_.bookView;
-    const auto rects = send<std::vector<QRectF>>(*application_.bookView, "pdfSelectionLst");
-    if (rects.empty())
-        canvas_->clearSelectionMarks();
+    if (const std::shared_ptr<BookDocument>& book = canvas_->document())
+        book->notify(BookDocument::Highlights | BookDocument::Notes);
     else
-        canvas_->setSelectionMarks(book.selectionPage - 1, rects);
+        panel_->reload();
 }
 
-void ReaderWindow::highlightsChanged()
+void ReaderWindow::watchScans(ScanReader& reader)
 {
-    std::map<int, std::vector<PageCanvas::Mark>> marks;
-    if (application_.notebook && !application_.bookView->bookMd5.isEmpty()) {
-        for (const MbBookNote& note : application_.notebook->notesOfBook(application_.bookView->bookMd5)) {
-            for (const QRectF& rect : note.highlightRects())
-                marks[note.pageNo() - 1].push_back({rect, highlightColour(note.highlightStyle())});
-        }
-    }
-    canvas_->setHighlights(std::move(marks));
-    panel_->reload();
+    connect(&reader, &ScanReader::pageReading, this, [this](int page) {
+        ocrStatus_->setText(QStringLiteral("Reading scanned page %1…").arg(page));
+        ocrStatus_->show();
+    });
+    connect(&reader, &ScanReader::pageRead, this, [this, &reader] { ocrStatus_->setVisible(reader.pagesWaiting() > 0); });
+    connect(&reader, &ScanReader::unavailable, this, [this](const QString& problem) {
+        ocrStatus_->setText(QStringLiteral("Scanned pages cannot be read: %1").arg(problem));
+        ocrStatus_->show();
+    });
+}
+
+void ReaderWindow::bookChanged(BookDocument::Changes changes)
+{
+    if (changes & BookDocument::Notes)
+        panel_->reload();
 }
 
 void ReaderWindow::showPlace(int pageNo, const QRectF& area)
@@ -573,22 +462,9 @@ void ReaderWindow::showPlace(int pageNo, const QRectF& area)
         canvas_->scrollToPageRect(pageNo - 1, area);
 }
 
-void ReaderWindow::noteFocused(const QString& /*noteid*/)
-{
-    panel_->reload();
-}
-
 void ReaderWindow::showContextMenu(int pageNo, const QPointF& point)
 {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(QStringLiteral("Highlight"), this, [this] {
-        send<void>(*application_.bookView, "highlight:", std::string("menu"));
-        send<void>(*application_.bookView, "noteHighlight:", std::string("menu"));
-    });
-    menu->addAction(QStringLiteral("Copy"), this, [this] { send<void>(*application_.bookView, "copy:", std::string("menu")); });
-    contextMenu_ = menu;
-    menu->popup(canvas_->viewport()->mapToGlobal(pageToViewport(pageNo, point).toPoint()));
+    gestures_->showContextMenu(this, pageNo, point);
 }
 
 QPointF ReaderWindow::viewToPage(int pageNo, const QPointF& point) const

@@ -3,12 +3,13 @@
 // The reader's main window, the study board: the book on the left, the
 // notebook on the right, a toolbar with the clip bar for add-on buttons, and
 // a status line. It is a view over the model: gestures become the book view
-// controller's methods (sent through the runtime, so the plug-in's
-// replacements act on them) and the model's changes come back through
-// BookDisplay.
+// controller's methods (BookGestures, sent through the runtime, so the
+// plug-in's replacements act on them) and the book's changes come back from
+// its BookDocument, to the views they name.
 
 #include "host/app/host_application.h"
 #include "host/app/note_classes.h"
+#include "host/ui/book_gestures.h"
 #include "host/ui/page_canvas.h"
 
 #include <QMainWindow>
@@ -27,7 +28,6 @@ class NotebookPanel;
 class ResearchPane;
 class TaskProgress;
 
-class ScanReader;
 
 class ReaderWindow : public QMainWindow, public BookDisplay {
     Q_OBJECT
@@ -59,11 +59,9 @@ public:
     std::shared_ptr<runtime::Object> contentsTable() const { return contents_; }
     QWidget& boardView() { return *board_; }
     BookViewObject& bookView() { return *application_.bookView; }
-    // Reads the book's scanned pages by OCR as they are shown.
-    ScanReader& scanReader() { return *scanReader_; }
     std::shared_ptr<runtime::Object> studyboard() const { return studyboard_; }
     // The context menu of the selection while it is open, else null.
-    QMenu* contextMenu() { return contextMenu_; }
+    QMenu* contextMenu() { return gestures_->contextMenu(); }
 
     // The window that shows the book view controller (one per process).
     static ReaderWindow* current();
@@ -85,10 +83,7 @@ protected:
 
 public:
     // BookDisplay
-    void selectionChanged() override;
-    void highlightsChanged() override;
     void showPlace(int pageNo, const QRectF& area) override;
-    void noteFocused(const QString& noteid) override;
     void showContextMenu(int pageNo, const QPointF& point) override;
     QPointF viewToPage(int pageNo, const QPointF& point) const override;
 
@@ -96,14 +91,16 @@ private:
     void buildActions();
     void buildRecentMenu();
     void rememberPage();
-    void pagePressed(int pageIndex, QPointF point);
-    void pageDragged(int pageIndex, QPointF point);
-    void pageReleased(int pageIndex, QPointF point);
-    void pageDoubleClicked(int pageIndex, QPointF point, Qt::KeyboardModifiers modifiers);
     void jumpToNote(const QString& noteid);
     void updateStatus();
     void showContents();
     void bookHashed(std::uint64_t opening, const std::optional<QString>& md5);
+    // The notes changed outside the book's methods (the panel, OCR): the
+    // highlights and the panel show them.
+    void notesChanged();
+    void bookChanged(BookDocument::Changes changes);
+    // The status line says which scanned page of the book is being read.
+    void watchScans(ScanReader& reader);
 
     HostApplication& application_;
     std::shared_ptr<StudyboardObject> studyboard_;
@@ -115,23 +112,18 @@ private:
     ResearchPane* research_ = nullptr;
     HudOverlay* hud_ = nullptr;
     TaskProgress* progress_ = nullptr;
-    ScanReader* scanReader_ = nullptr;
     QLabel* ocrStatus_ = nullptr;
     QToolBar* clipBar_ = nullptr;
     QMenu* recentMenu_ = nullptr;
     std::shared_ptr<runtime::Object> contents_;
     QAction* contentsAction_ = nullptr;
-    QPointer<QMenu> contextMenu_;
+    BookGestures* gestures_ = nullptr;
     QString bookPath_;
-    // The file being opened: its document, handed to the book view once its
-    // MD5 is known, so the PDF is opened once on this thread.
+    // The file being opened: its book, handed to the book view once its MD5
+    // is known, so the PDF is read once on this thread.
     std::uint64_t opening_ = 0;
-    std::unique_ptr<PdfObjCAPI> openingDocument_;
+    std::shared_ptr<BookDocument> openingBook_;
     bool bookReady_ = false;
-    int pressPage_ = -1;
-    QPointF pressPoint_;
-    bool dragged_ = false;
-    bool ignoreRelease_ = false;
     quint64 researchObserver_ = 0;
     quint64 cancelEditObserver_ = 0;
 };

@@ -2,10 +2,10 @@
 
 #include "host/app/note_classes.h"
 #include "host/app/reader_classes.h"
+#include "host/kit/kit_images.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/command_menu.h"
-#include "host/ui/kit_images.h"
 #include "host/ui/reader_window.h"
-#include "host/ui/view_kit.h"
 
 #include <QToolBar>
 

@@ -1,6 +1,7 @@
 # The main window (the study board) and the reader program.
 target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/reader_window.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/book_gestures.cpp
   ${CMAKE_CURRENT_LIST_DIR}/window_methods.cpp
   ${CMAKE_CURRENT_LIST_DIR}/studyboard_methods.cpp
   ${CMAKE_CURRENT_LIST_DIR}/command_menu.cpp
@@ -10,7 +11,6 @@ target_sources(lexicorn_host_ui PRIVATE
   ${CMAKE_CURRENT_LIST_DIR}/task_progress.cpp
   ${CMAKE_CURRENT_LIST_DIR}/import_dialog.cpp
   ${CMAKE_CURRENT_LIST_DIR}/first_start.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/scan_reader.cpp
 )
 # "Import dictionary…" runs the command-line tool built beside the reader.
 target_compile_definitions(lexicorn_host_ui PRIVATE LEXICORN_BUILT_CLI="$<TARGET_FILE:lexicorn>")

@@ -5,6 +5,8 @@
 #include "host/ui/reader_window.h"
 
 #include "host/app/note_classes.h"
+#include "host/kit/kit_classes.h"
+#include "host/kit/view_kit.h"
 #include "host/ui/edit_bar.h"
 #include "host/ui/note_card_view.h"
 #include "host/ui/notebook_panel.h"
@@ -12,7 +14,6 @@
 #include "host/ui/research_pane.h"
 #include "host/ui/studyboard_methods.h"
 #include "host/ui/task_progress.h"
-#include "host/ui/view_kit.h"
 
 #include "runtime/hosting.h"
 
@@ -87,7 +88,7 @@ void registerBookViewMethods(runtime::Runtime& runtime)
         return window ? objectOf(&window->canvas()) : nullptr;
     }));
     runtime.addMethod(book, "currPageView", makeImp([](BookViewObject& self) -> ObjectRef {
-        return self.document ? makePageView(self.currentPage) : nullptr;
+        return self.book ? makePageView(self.currentPage) : nullptr;
     }));
     // The page under a point of the book's view, or null between pages.
     runtime.addMethod(book, "pageViewAtPoint:", makeImp([](BookViewObject&, QPointF point) -> ObjectRef {

@@ -1,4 +1,4 @@
-#include "host/ui/page_renderer.h"
+#include "host/pdf/page_renderer.h"
 
 #include <poppler-qt6.h>
 
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace lexicorn::host::ui {
+namespace lexicorn::host {
 
 QRect requestPixels(const RenderRequest& r)
 {
@@ -228,4 +228,4 @@ void PageImageCache::trim()
     }
 }
 
-}  // namespace lexicorn::host::ui
+}  // namespace lexicorn::host

@@ -46,7 +46,7 @@ enum Autoresizing : int {
 class ViewAnchor;
 
 // A "UIView" and the base of every kit view. Selector "a:b:" is implemented
-// by the member a_b_ (see registerViewKitClasses for the list).
+// by the member a_b_ (see registerViewClass for the list).
 class ViewObject : public runtime::Object {
 public:
     explicit ViewObject(runtime::Class& cls) : Object(cls) {}
@@ -122,11 +122,12 @@ QWidget* windowContentOf(QWidget* widget);
 QWidget* widgetOf(runtime::Object& object);
 QWidget* widgetOf(const ObjectRef& object);
 // The view object of a widget, wrapping it when it has none ("viewWithWidget:").
+// The kit's classes must be registered (kit_classes.h).
 ObjectRef wrapWidget(QWidget* widget, runtime::Runtime& runtime = runtime::Runtime::shared());
 
-// Registers "UIView", "UITableView", "UITableViewCell", "UITextView" and the
-// controls (kit_controls.h) with their methods, after the host's own
-// classes; safe to call more than once.
+// Registers "UIView" with its methods; the host's own classes must be
+// registered first. kit_classes.h registers every kit class in order; this is
+// its first step. Safe to call more than once.
 //
 // UIView: +viewWithFrame: (QRectF), +viewWithWidget: (QWidget*); widget,
 // frame, setFrame:, bounds, isHidden, setHidden:, backgroundColor,
@@ -135,6 +136,6 @@ ObjectRef wrapWidget(QWidget* widget, runtime::Runtime& runtime = runtime::Runti
 // subviews (std::vector<ObjectRef>), window, convertPoint:toView: (QPointF,
 // ObjectRef), tag, setTag:, viewWithTag:, isUserInteractionEnabled,
 // setUserInteractionEnabled:.
-void registerViewKitClasses(runtime::Runtime& runtime = runtime::Runtime::shared());
+void registerViewClass(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -1,4 +1,4 @@
-#include "host/ui/styled_document.h"
+#include "host/kit/styled_document.h"
 
 #include <QFont>
 #include <QTextBlock>

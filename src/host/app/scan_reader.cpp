@@ -1,5 +1,6 @@
-#include "host/ui/scan_reader.h"
+#include "host/app/scan_reader.h"
 
+#include "host/app/book_document.h"
 #include "host/pdf/ocr_cache.h"
 #include "host/pdf/pdf_objc_api.h"
 
@@ -9,50 +10,38 @@
 
 #include <poppler-qt6.h>
 
-namespace lexicorn::host::ui {
+namespace lexicorn::host {
 
-ScanReader::ScanReader(QObject* parent) : QObject(parent), queue_(SerialQueue::create(QStringLiteral("lexicorn.ocr"))) {}
+ScanReader::ScanReader(BookDocument& book) : book_(book), queue_(SerialQueue::create(QStringLiteral("lexicorn.ocr"))) {}
 
 ScanReader::~ScanReader() = default;
 
-void ScanReader::setBook(PdfObjCAPI* document, const QString& path, const QString& md5)
-{
-    ++book_;
-    document_ = document;
-    path_ = path;
-    md5_ = md5;
-    asked_.clear();
-    waiting_.clear();
-}
-
 void ScanReader::pageShown(int pageNo)
 {
-    if (!document_ || unavailable_ || pageNo < 1 || pageNo > document_->pageCount() || asked_.count(pageNo))
+    if (book_.bookMd5().isEmpty() || unavailable_ || pageNo < 1 || pageNo > book_.pageCount() || asked_.count(pageNo))
         return;
     asked_.insert(pageNo);
-    if (document_->hasPopplerText(pageNo))
+    if (book_.pdf().hasPopplerText(pageNo))
         return;
     waiting_.insert(pageNo);
     emit pageReading(pageNo);
     // The worker opens the file itself: a Poppler document is used by one
     // thread only.
     QPointer<ScanReader> self(this);
-    queue_->async([self, book = book_, path = path_, md5 = md5_, pageNo] {
+    queue_->async([self, path = book_.path(), md5 = book_.bookMd5(), pageNo] {
         QString problem;
         PageLines lines;
         if (const std::unique_ptr<Poppler::Document> scan = Poppler::Document::load(path))
             lines = recognisedText(*scan, md5, pageNo, &problem);
-        mainQueue().async([self, book, pageNo, lines = std::move(lines), problem] {
+        mainQueue().async([self, pageNo, lines = std::move(lines), problem] {
             if (self)
-                self->finished(book, pageNo, lines, problem);
+                self->finished(pageNo, lines, problem);
         });
     });
 }
 
-void ScanReader::finished(std::uint64_t book, int pageNo, const PageLines& lines, const QString& problem)
+void ScanReader::finished(int pageNo, const PageLines& lines, const QString& problem)
 {
-    if (book != book_)
-        return;
     waiting_.erase(pageNo);
     if (!problem.isEmpty()) {
         // Said once; the pages asked for stay asked, so none is tried again.
@@ -63,9 +52,8 @@ void ScanReader::finished(std::uint64_t book, int pageNo, const PageLines& lines
         emit pageRead(pageNo);
         return;
     }
-    if (document_)
-        document_->setTextLayer(pageNo, lines);
+    book_.setRecognisedText(pageNo, lines);
     emit pageRead(pageNo);
 }
 
-}  // namespace lexicorn::host::ui
+}  // namespace lexicorn::host

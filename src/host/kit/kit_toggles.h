@@ -14,7 +14,7 @@
 //
 // Only the user's gestures send actions; the setters never do.
 
-#include "host/ui/kit_controls.h"
+#include "host/kit/kit_controls.h"
 
 #include <QAbstractButton>
 #include <QStringList>
@@ -87,7 +87,7 @@ public:
     SegmentsWidget* segments() const { return static_cast<SegmentsWidget*>(widget()); }
 };
 
-// Called by registerControlClasses, after "UIControl".
+// Called by registerViewKitClasses (kit_classes.h), after "UIControl".
 void registerToggleClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

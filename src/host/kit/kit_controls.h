@@ -24,7 +24,7 @@
 // The switch and the segmented control are in kit_toggles.h, images in
 // kit_images.h. Every control is made with +viewWithFrame: of its class too.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include <QColor>
 #include <QIcon>
@@ -127,8 +127,8 @@ public:
 // normal resolution, as for "UITextView".
 QFont kitFont(const QFont& base, double points);
 
-// Called by registerViewKitClasses, after "UIView": the controls, the
-// toggles and the images.
+// Registers "UIControl", "UIButton", "UILabel" and "UITextField", after
+// "UIView" (kit_classes.h keeps the order).
 void registerControlClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -1,6 +1,7 @@
-#include "host/ui/kit_table_view.h"
+#include "host/kit/kit_table_view.h"
 
-#include "host/ui/kit_text_view.h"
+#include "host/app/gesture_scope.h"
+#include "host/kit/kit_text_view.h"
 
 #include <QMouseEvent>
 #include <QPalette>
@@ -74,8 +75,12 @@ protected:
         const auto released = table->indexPathForRowAtPoint_(event->position());
         const auto pressed = std::exchange(pressed_, std::nullopt);
         event->accept();
-        if (released && *released == *pressed)
+        // What the delegate does for the tap (a card: a note, its highlight,
+        // its title and body) is one gesture: one write, one repaint.
+        if (released && *released == *pressed) {
+            const GestureScope gesture;
             table->selectRowAtIndexPath_(*released);
+        }
     }
 
 private:

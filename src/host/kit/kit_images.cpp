@@ -1,4 +1,4 @@
-#include "host/ui/kit_images.h"
+#include "host/kit/kit_images.h"
 
 #include <QLinearGradient>
 #include <QPainter>

@@ -1,7 +1,6 @@
-#include "host/ui/kit_controls.h"
+#include "host/kit/kit_controls.h"
 
-#include "host/ui/kit_images.h"
-#include "host/ui/kit_toggles.h"
+#include "host/kit/kit_images.h"
 
 #include <QAbstractButton>
 #include <QLabel>
@@ -342,8 +341,6 @@ void registerControlClasses(runtime::Runtime& runtime)
     registerButton(runtime);
     registerLabel(runtime);
     registerTextField(runtime);
-    registerToggleClasses(runtime);
-    registerImageClass(runtime);
 }
 
 }  // namespace lexicorn::host::ui

@@ -23,7 +23,7 @@ namespace Poppler {
 class Page;
 }
 
-namespace lexicorn::host::ui {
+namespace lexicorn::host {
 
 // One page image to make: the page, the pixels per point of the image
 // (zoom × device-pixel ratio), the part of the page in points (the whole page
@@ -75,7 +75,7 @@ public:
                              const std::function<bool()>& abort = {});
 
 signals:
-    void pageRendered(const lexicorn::host::ui::RenderedPage& page);
+    void pageRendered(const lexicorn::host::RenderedPage& page);
     // Every page's size in points, read on the worker once the document is
     // loaded, so the GUI never walks a thousand pages itself.
     void pageSizesRead(std::uint64_t documentId, const std::vector<QSizeF>& sizes);
@@ -124,6 +124,16 @@ private:
     std::unordered_map<int, std::list<Entry>::iterator> map_;
 };
 
-}  // namespace lexicorn::host::ui
+}  // namespace lexicorn::host
 
-Q_DECLARE_METATYPE(lexicorn::host::ui::RenderedPage)
+Q_DECLARE_METATYPE(lexicorn::host::RenderedPage)
+
+// The windows and their benchmarks name the renderer from their own namespace.
+namespace lexicorn::host::ui {
+using host::PageImageCache;
+using host::PageRenderer;
+using host::RenderedPage;
+using host::RenderRequest;
+using host::requestCoverage;
+using host::requestPixels;
+}  // namespace lexicorn::host::ui

@@ -22,7 +22,7 @@
 // A click on a view that is not editable also reaches the view below it,
 // so a table row holding one is selected by the click.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "lexicorn/render/styled_text.h"
 
@@ -70,7 +70,7 @@ private:
     bool editing_ = false;
 };
 
-// Called by registerViewKitClasses, after "UIView".
+// Called by registerViewKitClasses (kit_classes.h), after "UIView".
 void registerTextViewClass(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -27,7 +27,7 @@
 // which makes the content view (filling the cell) and returns the cell;
 // contentView; reuseIdentifier.
 
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "foundation/index_path.h"
 
@@ -124,7 +124,7 @@ private:
     int style_ = 0;
 };
 
-// Called by registerViewKitClasses, after "UIView".
+// Called by registerViewKitClasses (kit_classes.h), after "UIView".
 void registerTableViewClasses(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

@@ -1,6 +1,6 @@
-#include "host/ui/kit_toggles.h"
+#include "host/kit/kit_toggles.h"
 
-#include "host/ui/kit_images.h"
+#include "host/kit/kit_images.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>

@@ -1,9 +1,6 @@
-#include "host/ui/view_kit.h"
+#include "host/kit/view_kit.h"
 
 #include "host/app/host_classes.h"
-#include "host/ui/kit_controls.h"
-#include "host/ui/kit_table_view.h"
-#include "host/ui/kit_text_view.h"
 
 #include <QEvent>
 #include <QMainWindow>
@@ -345,16 +342,17 @@ ObjectRef wrapWidget(QWidget* widget, runtime::Runtime& runtime)
         return nullptr;
     if (auto existing = viewObjectOf(widget))
         return existing;
-    registerViewKitClasses(runtime);
-    auto view = std::make_shared<ViewObject>(*runtime.classNamed(viewClassName));
+    runtime::Class* viewClass = runtime.classNamed(viewClassName);
+    if (!viewClass)
+        throw runtime::Error("a widget is wrapped before the view kit's classes are registered");
+    auto view = std::make_shared<ViewObject>(*viewClass);
     view->attach(widget, false);
     return view;
 }
 
-void registerViewKitClasses(runtime::Runtime& runtime)
+void registerViewClass(runtime::Runtime& runtime)
 {
     using runtime::makeImp;
-    registerHostClasses(runtime);
     if (runtime.classNamed(viewClassName))
         return;
     runtime::Class& view = runtime.registerClass(viewClassName, responderClassName);
@@ -402,10 +400,6 @@ void registerViewKitClasses(runtime::Runtime& runtime)
                       makeImp([](ViewObject& self) { return self.isUserInteractionEnabled(); }));
     runtime.addMethod(view, "setUserInteractionEnabled:",
                       makeImp([](ViewObject& self, bool enabled) { self.setUserInteractionEnabled_(enabled); }));
-
-    registerTableViewClasses(runtime);
-    registerTextViewClass(runtime);
-    registerControlClasses(runtime);
 }
 
 }  // namespace lexicorn::host::ui

@@ -41,7 +41,7 @@ QPixmap drawnImage(const QString& name);
 // Every painted pixel of the image in the colour, its alpha kept.
 QPixmap tintedImage(const QPixmap& image, const QColor& colour);
 
-// Called by registerControlClasses.
+// Called by registerViewKitClasses (kit_classes.h), after the controls.
 void registerImageClass(runtime::Runtime& runtime);
 
 }  // namespace lexicorn::host::ui

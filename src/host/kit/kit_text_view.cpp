@@ -1,6 +1,6 @@
-#include "host/ui/kit_text_view.h"
+#include "host/kit/kit_text_view.h"
 
-#include "host/ui/styled_document.h"
+#include "host/kit/styled_document.h"
 
 #include <QFocusEvent>
 #include <QInputMethodEvent>
