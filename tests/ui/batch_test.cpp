@@ -17,8 +17,6 @@
 
 #include "lexicorn/render/anki_fields.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QScrollBar>
 #include <QTest>
 
@@ -68,8 +66,8 @@ struct Report {
 // Guards the whole path from the button to Anki: the board's selection (all
 // the book's cards when none is selected, the plain notes left out), the
 // progress line fed while the batch runs in the background, the guard
-// against a second batch, and with Anki gone midway the error lines on the
-// clipboard and the counts in the summary.
+// against a second batch and the summary. What a batch does when Anki fails
+// midway is the library's (tests/sync).
 TEST_F(ReaderWithPlugin, TheAnkiButtonSyncsTheNotebookShowingProgress)
 {
     // Many copies of one card: Anki must take notes with the same first field.
@@ -129,22 +127,6 @@ TEST_F(ReaderWithPlugin, TheAnkiButtonSyncsTheNotebookShowingProgress)
         EXPECT_EQ(reports[at].total, 200);
         EXPECT_TRUE(reports[at].batchRunning && reports[at].shown) << "each report is shown while the batch runs";
     }
-
-    // Again, Anki going away once 60 notes are through: the batch waits for
-    // each report, so the cut falls exactly there.
-    reports.clear();
-    alerts_.clear();
-    onReport = [&](int done) {
-        if (done == 60)
-            anki.stop();
-    };
-    clickButton(button);
-    ASSERT_TRUE(testing::runEventsUntil([&] { return !alerts_.isEmpty() && !progress.isVisible(); }, 5min));
-    EXPECT_EQ(alerts_, QStringList{QStringLiteral("总数: 200, 有效数: 200, 完成数: 60。错误信息见剪切板！")});
-    EXPECT_EQ(reports.size(), 10);
-    // Each card left fails at its rebuild, which asks Anki first.
-    const QString line = u'\n' + took->notetitle + QStringLiteral(" - Ankiconnect 连接失败！");
-    EXPECT_EQ(QApplication::clipboard()->text(), line.repeated(140));
 
     // A selection in the notebook is what the board works on, plain notes
     // included, in the order chosen.
