@@ -92,7 +92,6 @@ TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
     };
     const Case cases[] = {
         {SoundPlayerStatus::readyToPlay, true},
-        {SoundPlayerStatus::unknown, false},
         {SoundPlayerStatus::failed, false},
     };
     const QString first = QStringLiteral("https://voice.test/first.mp3");

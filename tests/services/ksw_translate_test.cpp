@@ -8,11 +8,8 @@
 
 #include "foundation/user_defaults.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QJsonDocument>
-#include <QRegularExpression>
-#include <QThread>
 
 #include <functional>
 
@@ -54,23 +51,6 @@ void pointEveryHostAt(const QString& root)
 {
     for (const QString& role : testing::allTranslationRoles())
         UserDefaults::standard().set(testing::hostKeyOf(role), root);
-}
-
-// How many requests the fault server has counted, from its "requests N" lines.
-int requestsSeen(ServerProcess& server, int atLeast)
-{
-    int seen = 0;
-    QString log;
-    for (int waited = 0; waited < 5000; waited += 20) {
-        QCoreApplication::processEvents();
-        log += server.errors();
-        for (const QRegularExpressionMatch& match : QRegularExpression(QStringLiteral("requests (\\d+)")).globalMatch(log))
-            seen = match.captured(1).toInt();
-        if (seen >= atLeast)
-            break;
-        QThread::msleep(20);
-    }
-    return seen;
 }
 
 TEST_F(TranslateTest, EngineNumberPicksTheServicesInOrder)
@@ -228,7 +208,6 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
         {"Eudic", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::eudic); }, 1s},
         {"DeepL", [&] { return translate_.cnDeeplFromEn_("Wait."); }, 3s},
     };
-    int requests = 0;
     for (const Case& c : cases) {
         QElapsedTimer timer;
         timer.start();
@@ -239,7 +218,6 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
         // It waited for the service, and gave up well before three time-outs.
         EXPECT_GE(elapsed, c.timeout / 2) << c.name;
         EXPECT_LT(elapsed, c.timeout * 3) << c.name;
-        EXPECT_EQ(requestsSeen(hang, ++requests), requests) << c.name;
     }
 }
 
@@ -275,24 +253,6 @@ TEST(TranslationHosts, SettingMayCarryItsOwnScheme)
         EXPECT_EQ(host.root(), c.root) << c.setting.toStdString();
         EXPECT_EQ(host.authority, c.authority) << c.setting.toStdString();
     }
-}
-
-TEST(TranslationHosts, WithoutSettingsTheRealServicesAreUsed)
-{
-    testing::TempHome home;
-    struct Case {
-        std::function<ServiceHost()> host;
-        QString root;
-    };
-    const Case cases[] = {
-        {googleMainlandHost, "https://translate.google.cn"},
-        {googleInternationalHost, "https://translate.google.com"},
-        {youdaoHost, "http://dict.youdao.com"},
-        {eudicHost, "https://dict.eudic.net"},
-        {deeplHost, "https://www2.deepl.com"},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(c.host().root(), c.root);
 }
 
 }  // namespace
