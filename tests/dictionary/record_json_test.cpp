@@ -84,9 +84,7 @@ TEST(RecordJson, EveryKeyButLinkIsRequiredAndTypesAreChecked)
     };
     const Case cases[] = {
         {"\"index\":9007199254740993,", "", "[0]", "key \"index\" is missing"},
-        {"\"word\":\"take\",", "", "[0]", "key \"word\" is missing"},
         {",\"pos_en\":\"verb\"", "", "[0].enWords[0]", "key \"pos_en\" is missing"},
-        {"\"title\":\"take\",", "", "[0].enWords[0]", "key \"title\" is missing"},
         {",\"gram\":\"T\"", "", "[0].enWords[0].defs[0]", "key \"gram\" is missing"},
         {",\"speaker\":\"take_1.mp3\"", "", "[0].enWords[0].defs[0].exts[0]", "key \"speaker\" is missing"},
         {"\"star\":\"●●●\"", "\"star\":3", "[0].enWords[0].star", "is not a string"},

@@ -200,7 +200,6 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
         {"truncated.mdx", zlib.left(zlib.size() * 2 / 3), QStringLiteral("truncated or a size past the end")},
         {"header-only.mdx", zlib.left(40), QStringLiteral(": header")},
         {"enciphered-payload.mdx", flip(enciphered, keyInfo + 12), QStringLiteral(": key-info block (enciphered")},
-        {"enciphered-key-seed.mdx", flip(enciphered, keyInfo + 5), QStringLiteral(": key-info block (enciphered")},
         {"locked.mdx", readAll(home.path() + QStringLiteral("/locked.mdx")),
          QStringLiteral("(Encrypted=\"1\"): reading it needs the registration key")},
         {"unknown.mdx", readAll(home.path() + QStringLiteral("/unknown-encryption.mdx")),

@@ -288,18 +288,6 @@ TEST(PdfTextTwoColumns, EverySentenceIsCutWholeAndMarginNumbersStandApart)
 
 // ---- The sample book --------------------------------------------------------
 
-TEST(PdfTextSampleBook, FirstPageLinesReadAsPrinted)
-{
-    const PdfObjCAPI document(sampleBook);
-    ASSERT_TRUE(document.isOpen());
-    ASSERT_EQ(document.pageCount(), 3);
-    const QStringList lines = lineTexts(document.textContentsForPageNo_(1));
-    ASSERT_GE(lines.size(), 3);
-    EXPECT_EQ(lines[0], QStringLiteral("The Second-hand Dictionary"));
-    EXPECT_EQ(lines[1], QStringLiteral("Every Saturday morning my grandmother and I walk 2.5"));
-    EXPECT_EQ(lines.back(), QStringLiteral("1"));
-}
-
 struct SampleSentence {
     int page;
     QString text;          // as cut: printed lines joined without a blank
@@ -318,6 +306,7 @@ TEST(PdfTextSampleBook, SentencesAreCutWhereTheBookSays)
         {2, "“Pi is 3.14 in everycountry and in every language.” But he had to agree thateven a number needs a name, "
             "and that the name isdifferent in every language too.",
          {19, 75, 123, 155}},
+        // The hyphen that breaks "vocab-" at the line end is that line's last character.
         {2, "Slowly, page after page and note after note, my vocab-ulary grew.", {53, 64}},
         {3, "我每天读十页英文书。", {9}},
         {3, "遇到不认识的词，我先猜一猜，然后再查词典。", {14, 20}},
@@ -333,30 +322,6 @@ TEST(PdfTextSampleBook, SentencesAreCutWhereTheBookSays)
                                           << textsOf(sentences).join(u'\n').toStdString();
         EXPECT_EQ(lineEndOffsets(*found), want.lineEnds) << want.text.toStdString();
     }
-    // The hyphen that breaks "vocab-" at the line end is that line's last character.
-    const Sentences& page2 = pages[1];
-    const auto vocabulary = std::find_if(page2.begin(), page2.end(),
-                                         [](const Sentence& s) { return textOf(s).contains(QStringLiteral("vocab-")); });
-    ASSERT_NE(vocabulary, page2.end());
-    EXPECT_EQ((*vocabulary)[std::size_t(textOf(*vocabulary).indexOf(u'-'))].ch, u'-');
-    EXPECT_TRUE((*vocabulary)[std::size_t(textOf(*vocabulary).indexOf(u'-'))].lineEnd);
-}
-
-TEST(PdfTextSampleBook, TheChinesePassageIsOneSection)
-{
-    const PdfObjCAPI document(sampleBook);
-    const QString book = QStringLiteral("sample-book-sections");
-    HookPDFPageTextTool::setPageTextSource([](std::int64_t viewHandle, int pageNo) {
-        const PdfObjCAPI* opened = PdfObjCAPI::withViewHandle(viewHandle);
-        return opened ? opened->textContentsForPageNo_(pageNo) : PageLines();
-    });
-    const QStringList sections =
-        textsOf(HookPDFPageTextTool::sectionWithViewHandle_pageNo_bookMD5_(document.viewHandle(), 3, book));
-    HookPDFPageTextTool::setPageTextSource({});
-    ASSERT_GE(sections.size(), 3);
-    EXPECT_EQ(sections[0], QStringLiteral("them by heart:"));
-    EXPECT_EQ(sections[1], QStringLiteral("我每天读十页英文书。遇到不认识的词，我先猜一猜，然后再查词典。一本旧词典，也可以是一位新老师。"));
-    EXPECT_EQ(sections.back(), QStringLiteral("3"));  // the page number, below a wide gap
 }
 
 }  // namespace
