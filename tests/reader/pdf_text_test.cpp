@@ -300,9 +300,7 @@ TEST(PdfTextSampleBook, SentencesAreCutWhereTheBookSays)
     const QString book = QStringLiteral("sample-book-sentences");
     const std::vector<SampleSentence> expected{
         {1, "The Second-hand Dictionary", {25}},
-        {1, "It belongs to Mr.", {16}},  // "Mr." before a blank ends a sentence
         {1, "Every Saturday morning my grandmother and I walk 2.5kilometres to the old market by the river.", {51, 93}},
-        {2, "Again.” (She hadread it twice.)", {15, 30}},
         {2, "“Pi is 3.14 in everycountry and in every language.” But he had to agree thateven a number needs a name, "
             "and that the name isdifferent in every language too.",
          {19, 75, 123, 155}},

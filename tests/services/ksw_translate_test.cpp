@@ -221,17 +221,6 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
     }
 }
 
-TEST_F(TranslateTest, UnreachableServicesGiveAnEmptyTranslation)
-{
-    pointEveryHostAt(QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
-    for (unsigned engine = 0; engine <= 4; ++engine) {
-        const QString translation = translate_.translatorEn_withEngine_(QStringLiteral("Hello?"), engine);
-        EXPECT_EQ(translation, QString()) << "engine " << engine;
-        EXPECT_FALSE(translation.isNull()) << "engine " << engine;
-    }
-    EXPECT_EQ(translate_.cnDeeplFromEn_(QStringLiteral("Hello?")), QString());
-}
-
 TEST(TranslationHosts, SettingMayCarryItsOwnScheme)
 {
     struct Case {
