@@ -210,13 +210,6 @@ TEST_F(PdfTextGenerated, ParagraphsEndAtTheirShortLastLines)
     EXPECT_TRUE(sentences[0].back().sectionEnd);
     EXPECT_FALSE(sentences[1].back().sectionEnd);
     EXPECT_TRUE(sentences[2].back().sectionEnd);
-
-    const Sentences sections = HookPDFPageTextTool::sectionsOfPage({}, 1, book);  // answered from the cache
-    EXPECT_EQ(textsOf(sections),
-              (QStringList{"The first paragraph has three lines of text thatare set full width so that the right edge is "
-                           "evenand it ends here.",
-                           "A second paragraph follows.It has two lines thatfill the measure and then a short last "
-                           "line atthe end."}));
 }
 
 TEST_F(PdfTextGenerated, PagesWithoutTextGiveNothing)

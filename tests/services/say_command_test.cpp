@@ -15,12 +15,6 @@ const auto lexicorn = testing::runLexicorn;
 
 using testing::TempHome;
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
 {
     const auto voiceServer = testing::startVoiceServer();
@@ -44,7 +38,8 @@ TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
         EXPECT_EQ(run.status, 0) << run.err.toStdString();
         EXPECT_TRUE(run.out.startsWith(QStringLiteral("wrote ") + out + u':')) << run.out.toStdString();
         EXPECT_TRUE(run.out.contains(QString::fromUtf8(c.said))) << run.out.toStdString();
-        const QByteArray written = readFile(out);
+        QFile file(out);
+        const QByteArray written = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         if (!c.serviceFile.isEmpty()) {
             EXPECT_EQ(written, c.serviceFile);
         } else {
