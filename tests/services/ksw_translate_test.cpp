@@ -204,7 +204,6 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
     const Case cases[] = {
         {"Google mainland", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::googleMainland); }, 1s},
         {"Youdao", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::youdao); }, 1s},
-        {"Google international", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::googleInternational); }, 1s},
         {"Eudic", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::eudic); }, 1s},
         {"DeepL", [&] { return translate_.cnDeeplFromEn_("Wait."); }, 3s},
     };
