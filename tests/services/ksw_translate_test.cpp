@@ -8,11 +8,8 @@
 
 #include "foundation/user_defaults.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QJsonDocument>
-#include <QRegularExpression>
-#include <QThread>
 
 #include <functional>
 
@@ -56,23 +53,6 @@ void pointEveryHostAt(const QString& root)
         UserDefaults::standard().set(testing::hostKeyOf(role), root);
 }
 
-// How many requests the fault server has counted, from its "requests N" lines.
-int requestsSeen(ServerProcess& server, int atLeast)
-{
-    int seen = 0;
-    QString log;
-    for (int waited = 0; waited < 5000; waited += 20) {
-        QCoreApplication::processEvents();
-        log += server.errors();
-        for (const QRegularExpressionMatch& match : QRegularExpression(QStringLiteral("requests (\\d+)")).globalMatch(log))
-            seen = match.captured(1).toInt();
-        if (seen >= atLeast)
-            break;
-        QThread::msleep(20);
-    }
-    return seen;
-}
-
 TEST_F(TranslateTest, EngineNumberPicksTheServicesInOrder)
 {
     const QString gcn = QStringLiteral("google_cn"), youdao = QStringLiteral("youdao"), google = QStringLiteral("google"),
@@ -98,19 +78,14 @@ TEST_F(TranslateTest, EngineNumberPicksTheServicesInOrder)
          services({{gcn, QJsonObject{{"status", 500}, {"body", "<html>Server Error</html>"}}},
                    {youdao, QJsonObject{{"status", 500}, {"answer", "乙"}}}}),
          "乙", {gcn, youdao}},
-        {"automatic, Eudic error page", 0,
-         services({{eudic, QJsonObject{{"body", "<!DOCTYPE html>\n<html><body>Error</body></html>"}}}}), "", chain},
         {"Google mainland", 1, services({{gcn, answering("甲")}, {google, answering("丙")}}), "甲", {gcn}},
         {"Google mainland alone, no fallback", 1,
          services({{youdao, answering("乙")}, {google, answering("丙")}, {eudic, answering("丁")}}), "", {gcn}},
         {"Youdao", 2, services({{gcn, answering("甲")}, {youdao, answering("乙")}}), "乙", {youdao}},
-        {"Youdao word list", 2, services({{youdao, QJsonObject{{"answer", "n. 苹果；n. 苹果公司"}, {"layout", "list"}}}}),
-         "n. 苹果；n. 苹果公司", {youdao}},
         {"Google international", 3, services({{gcn, answering("甲")}, {google, answering("丙")}}), "丙", {google}},
         {"Eudic", 4, services({{gcn, answering("甲")}, {eudic, answering("丁")}}), "丁", {eudic}},
         {"Eudic error status with text", 4, services({{eudic, QJsonObject{{"status", 503}, {"body", "服务繁忙"}}}}), "服务繁忙", {eudic}},
         {"engine 5", 5, services({{gcn, answering("甲")}, {eudic, answering("丁")}}), "", {}},
-        {"engine 7", 7, services({{gcn, answering("甲")}, {eudic, answering("丁")}}), "", {}},
         {"largest engine number", 4294967295u, services({{gcn, answering("甲")}}), "", {}},
     };
     for (const Case& c : cases) {
@@ -229,11 +204,9 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
     const Case cases[] = {
         {"Google mainland", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::googleMainland); }, 1s},
         {"Youdao", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::youdao); }, 1s},
-        {"Google international", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::googleInternational); }, 1s},
         {"Eudic", [&] { return translate_.translatorEn_withEngine_("Wait.", KSWTranslate::eudic); }, 1s},
         {"DeepL", [&] { return translate_.cnDeeplFromEn_("Wait."); }, 3s},
     };
-    int requests = 0;
     for (const Case& c : cases) {
         QElapsedTimer timer;
         timer.start();
@@ -244,35 +217,7 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
         // It waited for the service, and gave up well before three time-outs.
         EXPECT_GE(elapsed, c.timeout / 2) << c.name;
         EXPECT_LT(elapsed, c.timeout * 3) << c.name;
-        EXPECT_EQ(requestsSeen(hang, ++requests), requests) << c.name;
     }
-}
-
-TEST_F(TranslateTest, AutomaticEngineWaitsForEachHangingServiceInTurn)
-{
-    ServerProcess hang(QStringLiteral("python3"), {testing::faultServerScript(), QStringLiteral("hang")});
-    ASSERT_TRUE(hang.started());
-    pointEveryHostAt(hang.url());
-    translate_.setEngine(KSWTranslate::automatic);
-
-    QElapsedTimer timer;
-    timer.start();
-    EXPECT_EQ(translate_.translatorEn_(QStringLiteral("Anyone there?")), QString());
-    // Four services of one second each: about four seconds.
-    EXPECT_GE(timer.elapsed(), 2000);
-    EXPECT_LT(timer.elapsed(), 12000);
-    EXPECT_EQ(requestsSeen(hang, 4), 4);
-}
-
-TEST_F(TranslateTest, UnreachableServicesGiveAnEmptyTranslation)
-{
-    pointEveryHostAt(QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()));
-    for (unsigned engine = 0; engine <= 4; ++engine) {
-        const QString translation = translate_.translatorEn_withEngine_(QStringLiteral("Hello?"), engine);
-        EXPECT_EQ(translation, QString()) << "engine " << engine;
-        EXPECT_FALSE(translation.isNull()) << "engine " << engine;
-    }
-    EXPECT_EQ(translate_.cnDeeplFromEn_(QStringLiteral("Hello?")), QString());
 }
 
 TEST(TranslationHosts, SettingMayCarryItsOwnScheme)
@@ -296,24 +241,6 @@ TEST(TranslationHosts, SettingMayCarryItsOwnScheme)
         EXPECT_EQ(host.root(), c.root) << c.setting.toStdString();
         EXPECT_EQ(host.authority, c.authority) << c.setting.toStdString();
     }
-}
-
-TEST(TranslationHosts, WithoutSettingsTheRealServicesAreUsed)
-{
-    testing::TempHome home;
-    struct Case {
-        std::function<ServiceHost()> host;
-        QString root;
-    };
-    const Case cases[] = {
-        {googleMainlandHost, "https://translate.google.cn"},
-        {googleInternationalHost, "https://translate.google.com"},
-        {youdaoHost, "http://dict.youdao.com"},
-        {eudicHost, "https://dict.eudic.net"},
-        {deeplHost, "https://www2.deepl.com"},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(c.host().root(), c.root);
 }
 
 }  // namespace

@@ -15,12 +15,6 @@ const auto lexicorn = testing::runLexicorn;
 
 using testing::TempHome;
 
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
 {
     const auto voiceServer = testing::startVoiceServer();
@@ -33,9 +27,7 @@ TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
     };
     const Case cases[] = {
         {voiceServer->url(), QStringLiteral("hello"), "ID3 fake mp3 for hello", "of MP3 from the voice service"},
-        {voiceServer->url(), QStringLiteral("ice cream"), "ID3 fake mp3 for ice%20cream", "of MP3 from the voice service"},
         {voiceServer->url(), QStringLiteral("missing"), {}, "of WAV from the offline voice (eSpeak NG; the voice service failed: the voice service answered HTTP 404)"},
-        {QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()), QStringLiteral("hello"), {}, "of WAV from the offline voice"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
@@ -46,7 +38,8 @@ TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
         EXPECT_EQ(run.status, 0) << run.err.toStdString();
         EXPECT_TRUE(run.out.startsWith(QStringLiteral("wrote ") + out + u':')) << run.out.toStdString();
         EXPECT_TRUE(run.out.contains(QString::fromUtf8(c.said))) << run.out.toStdString();
-        const QByteArray written = readFile(out);
+        QFile file(out);
+        const QByteArray written = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         if (!c.serviceFile.isEmpty()) {
             EXPECT_EQ(written, c.serviceFile);
         } else {

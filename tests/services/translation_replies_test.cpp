@@ -18,15 +18,9 @@ TEST(TranslationReplies, GoogleTakesTheFirstSegmentOnly)
         {"several segments",
          R"([[["我来了。","I came. ",null,null,3],["我看见了。","I saw. ",null,null,3],["我征服了。","I conquered.",null,null,3]],null,"en",null,null,null,1,[],[["en"],null,[1],["en"]]])",
          QStringLiteral("我来了。")},
-        {"empty array", "[]", QString()},
         {"first element null", R"([null,null,"en"])", QString()},
-        {"no segments", R"([[],null,"en"])", QString()},
-        {"segment without text", R"([[[]],null,"en"])", QString()},
         {"translation not a string", R"([[[42,"x"]]])", QString()},
-        {"top level object", R"({"sentences":[{"trans":"你好"}]})", QString()},
         {"not JSON", "<html><body>302 Moved</body></html>", QString()},
-        {"cut short", R"([[["你好","Hel)", QString()},
-        {"empty body", "", QString()},
     };
     for (const ReplyCase& c : cases)
         EXPECT_EQ(googleTranslation(c.body), c.expected) << c.name;
@@ -72,7 +66,6 @@ TEST(TranslationReplies, YoudaoReadsTheSentenceBlockElseTheWordList)
         {"closing tag before opening in a list item", "<div class=\"trans-container\">\n</li>x<li>\n", QString()},
         {"empty list item", "<div class=\"trans-container\">\n<li></li>\n", QString()},
         {"not UTF-8", QByteArray("<div id=\"fanyiToggle\">\n<p>\xff\xfe</p>\n"), QStringLiteral("\uFFFD\uFFFD")},
-        {"empty body", "", QString()},
     };
     for (const ReplyCase& c : cases)
         EXPECT_EQ(youdaoTranslation(c.body), c.expected) << c.name;
@@ -107,13 +100,9 @@ TEST(TranslationReplies, DeeplReadsTheFirstBeamOfTheFirstTranslation)
     const ReplyCase cases[] = {
         {"result", R"({"jsonrpc":"2.0","id":7,"result":{"translations":[{"beams":[{"postprocessed_sentence":"按位非是少数几个运算符之一。","num_symbols":12},{"postprocessed_sentence":"次选","num_symbols":3}],"quality":"normal"},{"beams":[{"postprocessed_sentence":"事实上"}]}],"target_lang":"ZH","source_lang":"EN"}})",
          QStringLiteral("按位非是少数几个运算符之一。")},
-        {"HTML error page", "<!DOCTYPE html>\n<html><body>Too many requests</body></html>", QString()},
         {"HTML page around a JSON answer", R"(<!DOCTYPE html>{"result":{"translations":[{"beams":[{"postprocessed_sentence":"假"}]}]}})", QString()},
         {"JSON-RPC error", R"({"jsonrpc":"2.0","error":{"code":1042912,"message":"Too many requests"}})", QString()},
-        {"no beams", R"({"jsonrpc":"2.0","result":{"translations":[{"beams":[]}]}})", QString()},
-        {"sentence not a string", R"({"result":{"translations":[{"beams":[{"postprocessed_sentence":null}]}]}})", QString()},
         {"not JSON", "Service Unavailable", QString()},
-        {"empty body", "", QString()},
     };
     for (const ReplyCase& c : cases)
         EXPECT_EQ(deeplTranslation(c.body), c.expected) << c.name;

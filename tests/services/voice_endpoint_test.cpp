@@ -22,7 +22,6 @@ TEST(SoundVoiceURL, EncodesTheWordForTheQueryOfTheConfiguredService)
         {QString(), QStringLiteral("hello"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=hello&type=2")},
         {std::nullopt, QStringLiteral("ice cream"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=ice%20cream&type=2")},
         {std::nullopt, QStringLiteral("café"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=caf%C3%A9&type=2")},
-        {std::nullopt, QStringLiteral("你好"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=%E4%BD%A0%E5%A5%BD&type=2")},
         {std::nullopt, QStringLiteral("rock'n'roll"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=rock'n'roll&type=2")},
         {std::nullopt, QStringLiteral("well-being_~."), QStringLiteral("https://dict.youdao.com/dictvoice?audio=well-being_~.&type=2")},
         {std::nullopt, QStringLiteral("C#\"<>%"), QStringLiteral("https://dict.youdao.com/dictvoice?audio=C%23%22%3C%3E%25&type=2")},
@@ -44,8 +43,6 @@ TEST(SoundWordAudio, TakesTheServiceFileWhenThereIsOneElseTheOfflineVoice)
 {
     const auto voiceServer = testing::startVoiceServer();
     ASSERT_TRUE(voiceServer->started());
-    testing::ServerProcess hanging(QStringLiteral("python3"), {testing::faultServerScript(), QStringLiteral("hang")});
-    ASSERT_TRUE(hanging.started());
     struct Case {
         QString service;
         QString word;
@@ -58,9 +55,6 @@ TEST(SoundWordAudio, TakesTheServiceFileWhenThereIsOneElseTheOfflineVoice)
         // The service sees the word encoded.
         {voiceServer->url(), QStringLiteral("ice cream"), WordAudio::Source::voiceService, "ID3 fake mp3 for ice%20cream", ""},
         {voiceServer->url(), QStringLiteral("missing"), WordAudio::Source::offlineVoice, {}, "HTTP 404"},
-        {QStringLiteral("http://127.0.0.1:%1").arg(testing::closedPort()), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {},
-         "Could not connect"},
-        {hanging.url(), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {}, "timed out"},
         {QStringLiteral("http://bad host"), QStringLiteral("hello"), WordAudio::Source::offlineVoice, {}, "SPECIAL_HOST_VOICE"},
     };
     for (const Case& c : cases) {
