@@ -106,7 +106,6 @@ TEST_F(AnkiconnectTest, ServersThatFailCostThreeAttemptsEachBoundedByTheTimeOut)
         {"hang", "deckNames", 3, false},      // every attempt times out
         {"slow", "deckNames", 3, false},      // answers after 3 s, too late each time
         {"garbage", "deckNames", 3, false},   // a reply that is not JSON counts as none
-        {"error500", "deckNames", 3, false},  // an error page is no JSON either
         {"close", "deckNames", 3, false},     // connection closed without a reply
         {"array", "deckNames", 1, true},      // JSON of another shape is still the answer
         // An add that may have reached Anki is not sent again blindly.
@@ -155,7 +154,6 @@ TEST(AnkiReply, AnyJsonValueIsAReply)
         {R"({"result": 6})", true, false},
         {R"([1, 2])", true, false},
         {R"(6)", true, false},
-        {R"("text")", true, false},
         {R"(1, 2)", false, false},
         {"", false, false},
         {"<html>", false, false},
@@ -217,38 +215,6 @@ TEST_F(AnkiPeerTest, VersionDecksModelsAndFields)
     const auto missing = anki_.getModelFieldNames_(QStringLiteral("Nope"));
     ASSERT_TRUE(missing);
     EXPECT_EQ(missing->value("error").toString(), QStringLiteral("model was not found: Nope"));
-}
-
-TEST_F(AnkiPeerTest, AddFindUpdateAndMedia)
-{
-    const QJsonObject note{{"note", QJsonObject{{"deckName", "Default"},
-                                                {"modelName", "Basic"},
-                                                {"fields", QJsonObject{{"Front", "take"}, {"Back", "拿"}}},
-                                                {"options", QJsonObject{{"allowDuplicate", false}, {"duplicateScope", "deck"}}},
-                                                {"tags", QJsonArray{"Lexicorn"}}}}};
-    const auto added = anki_.addToAnkiWithWordDict_(note);
-    ASSERT_TRUE(added && ankiReplySucceeded(*added)) << (added ? added->text().toStdString() : "no reply");
-    const QJsonValue id = added->value("result");
-
-    const auto again = anki_.addToAnkiWithWordDict_(note);
-    ASSERT_TRUE(again);
-    EXPECT_EQ(again->value("error").toString(), QStringLiteral("cannot create note because it is a duplicate"));
-
-    UserDefaults::standard().set(QStringLiteral("ANKISET_DECKNAME"), QStringLiteral("Default"));
-    const auto found = anki_.findNotesInCurrentDeckWithNoteid_(QStringLiteral("Front:take"));
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->value("result").toArray(), QJsonArray{id});
-
-    const auto updated = anki_.updateWithParams_(QJsonObject{{"note", QJsonObject{{"id", id}, {"fields", QJsonObject{{"Back", "带走"}}}}}});
-    ASSERT_TRUE(updated && ankiReplySucceeded(*updated));
-    const auto byBack = anki_.findNotesWithNoteid_(QStringLiteral("Back:带走"));
-    ASSERT_TRUE(byBack);
-    EXPECT_EQ(byBack->value("result").toArray(), QJsonArray{id});
-
-    const auto stored = anki_.updateMediaFile_data_(QStringLiteral("MN3_LW_take.mp3"), QStringLiteral("SUQz"));
-    ASSERT_TRUE(stored && ankiReplySucceeded(*stored));
-    // Anki may change the name it stores under (this version lower-cases it).
-    EXPECT_EQ(stored->value("result").toString().toLower(), QStringLiteral("mn3_lw_take.mp3"));
 }
 
 }  // namespace

@@ -61,6 +61,11 @@ TEST_P(CardRoundTrip, EverySenseComesBackAsTheDictionaryHasIt)
                 const std::string where = QStringLiteral("%1 (%2) %3-%4").arg(word, entry->title).arg(section).arg(row).toStdString();
                 const std::optional<NoteRecord> note = makeDictNote(*lookup, section, int(row), QStringLiteral("译文"));
                 ASSERT_TRUE(note) << where;
+                // The two comments' groups and types mark the note as a dictionary card.
+                for (const auto& [at, group] : {std::pair{0, "sentenceCN"}, std::pair{1, "exts"}}) {
+                    EXPECT_EQ(note->notes[at].toObject().value("group").toString(), QString::fromLatin1(group)) << where;
+                    EXPECT_EQ(note->notes[at].toObject().value("type").toString(), QStringLiteral("TextNote")) << where;
+                }
                 const CardResult<ParsedCard> card = parseDictNote(JsonDictNote(*note));
                 ASSERT_TRUE(card) << where << "\n" << card.error().message().toStdString();
                 ++senses;

@@ -10,32 +10,15 @@ namespace {
 using testing::describe;
 using testing::Pieces;
 
-TextAttributes plain16()
-{
-    TextAttributes attributes;
-    attributes.fontSize = 16;
-    return attributes;
-}
-
-TextAttributes bold16()
-{
-    TextAttributes attributes = plain16();
-    attributes.bold = true;
-    return attributes;
-}
+const TextAttributes plain16 = [] { TextAttributes made; made.fontSize = 16; return made; }();
+const TextAttributes bold16 = [] { TextAttributes made = plain16; made.bold = true; return made; }();
+const TextAttributes italic = [] { TextAttributes made; made.italic = true; return made; }();
 
 TextAttributes medium(const char* fontName)
 {
-    TextAttributes attributes;
-    attributes.fontName = QString::fromUtf8(fontName);
-    return attributes;
-}
-
-TextAttributes italic()
-{
-    TextAttributes attributes;
-    attributes.italic = true;
-    return attributes;
+    TextAttributes made;
+    made.fontName = QString::fromUtf8(fontName);
+    return made;
 }
 
 TextAttributes boldRed(TextAttributes attributes)
@@ -94,29 +77,29 @@ TEST(MarkupTrait, BoldRangesAndTheirJoining)
         QString tagged;  // highlighTextWithFormat "<b>%@</b>"
     };
     const Case cases[] = {
-        {"no bold text", {{"plain", plain16()}}, boldTrait, {}, QStringLiteral("plain")},
-        {"one bold word", {{"a ", plain16()}, {"big", bold16()}, {" cat", plain16()}}, boldTrait, {{2, 3}},
+        {"no bold text", {{"plain", plain16}}, boldTrait, {}, QStringLiteral("plain")},
+        {"one bold word", {{"a ", plain16}, {"big", bold16}, {" cat", plain16}}, boldTrait, {{2, 3}},
          QStringLiteral("a <b>big</b> cat")},
         {"runs of other attributes that touch join",
-         {{"x", {}}, {"ab", bold16()}, {"cd", boldRed(plain16())}, {"y", {}}}, boldTrait, {{1, 4}},
+         {{"x", {}}, {"ab", bold16}, {"cd", boldRed(plain16)}, {"y", {}}}, boldTrait, {{1, 4}},
          QStringLiteral("x<b>abcd</b>y")},
         {"only blanks and line breaks between: joined",
-         {{"big", bold16()}, {" \n\t", plain16()}, {"red", bold16()}, {".", {}}}, boldTrait, {{0, 9}},
+         {{"big", bold16}, {" \n\t", plain16}, {"red", bold16}, {".", {}}}, boldTrait, {{0, 9}},
          QStringLiteral("<b>big \n\tred</b>.")},
         {"other text between: apart",
-         {{"big", bold16()}, {" and ", plain16()}, {"red", bold16()}}, boldTrait, {{0, 3}, {8, 3}},
+         {{"big", bold16}, {" and ", plain16}, {"red", bold16}}, boldTrait, {{0, 3}, {8, 3}},
          QStringLiteral("<b>big</b> and <b>red</b>")},
         {"blanks at the ends are not taken in",
-         {{" ", {}}, {"big", bold16()}, {" ", {}}}, boldTrait, {{1, 3}}, QStringLiteral(" <b>big</b> ")},
+         {{" ", {}}, {"big", bold16}, {" ", {}}}, boldTrait, {{1, 3}}, QStringLiteral(" <b>big</b> ")},
         {"a Medium font counts as bold",
          {{"a ", {}}, {"heavy", medium("PingFangSC-Medium")}, {" b", {}}}, boldTrait, {{2, 5}},
          QStringLiteral("a <b>heavy</b> b")},
         {"other font names do not",
          {{"light", medium("PingFangSC-Light")}}, boldTrait, {}, QStringLiteral("light")},
         {"the mask picks the trait",
-         {{"it", italic()}, {" ", {}}, {"bo", bold16()}}, italicTrait, {{0, 2}}, QStringLiteral("it <b>bo</b>")},
+         {{"it", italic}, {" ", {}}, {"bo", bold16}}, italicTrait, {{0, 2}}, QStringLiteral("it <b>bo</b>")},
         {"Chinese text counts by units",
-         {{"中文", {}}, {"粗体", bold16()}, {"🇨🇳", {}}, {"再粗", bold16()}}, boldTrait, {{2, 2}, {8, 2}},
+         {{"中文", {}}, {"粗体", bold16}, {"🇨🇳", {}}, {"再粗", bold16}}, boldTrait, {{2, 2}, {8, 2}},
          QStringLiteral("中文<b>粗体</b>🇨🇳<b>再粗</b>")},
     };
     for (const Case& c : cases) {
@@ -128,7 +111,7 @@ TEST(MarkupTrait, BoldRangesAndTheirJoining)
 
 TEST(MarkupTrait, FormatStandsForEachRange)
 {
-    const StyledText text = fromPieces({{"one ", {}}, {"two", bold16()}, {" three ", {}}, {"four", bold16()}});
+    const StyledText text = fromPieces({{"one ", {}}, {"two", bold16}, {" three ", {}}, {"four", bold16}});
     const struct {
         const char* format;
         QString expected;
@@ -144,7 +127,7 @@ TEST(MarkupTrait, FormatStandsForEachRange)
 
 TEST(MarkupBoldTags, TagPairsBecomeRedBoldRuns)
 {
-    TextAttributes grey = plain16();
+    TextAttributes grey = plain16;
     grey.background = Rgba{55, 55, 55};
     struct Case {
         const char* name;
@@ -152,36 +135,21 @@ TEST(MarkupBoldTags, TagPairsBecomeRedBoldRuns)
         Pieces expected;
     };
     const Case cases[] = {
-        {"one pair", {{"a <b>big</b> cat", plain16()}}, {{"a ", plain16()}, {"big", boldRed(plain16())}, {" cat", plain16()}}},
-        {"two pairs", {{"<b>A</b> and <b>B</b>", plain16()}},
-         {{"A", boldRed(plain16())}, {" and ", plain16()}, {"B", boldRed(plain16())}}},
-        {"unpaired opening tag: no bold run, tag removed", {{"a <b>big cat", plain16()}}, {{"a big cat", plain16()}}},
-        {"unpaired closing tag: removed", {{"big</b> cat", plain16()}}, {{"big cat", plain16()}}},
+        {"one pair", {{"a <b>big</b> cat", plain16}}, {{"a ", plain16}, {"big", boldRed(plain16)}, {" cat", plain16}}},
+        {"two pairs", {{"<b>A</b> and <b>B</b>", plain16}},
+         {{"A", boldRed(plain16)}, {" and ", plain16}, {"B", boldRed(plain16)}}},
+        {"unpaired opening tag: no bold run, tag removed", {{"a <b>big cat", plain16}}, {{"a big cat", plain16}}},
+        {"unpaired closing tag: removed", {{"big</b> cat", plain16}}, {{"big cat", plain16}}},
         {"an opening tag pairs with the closing tag right after it",
-         {{"<b>a<b>b</b>c", plain16()}}, {{"a", plain16()}, {"b", boldRed(plain16())}, {"c", plain16()}}},
-        {"empty pair", {{"x<b></b>y", plain16()}}, {{"xy", plain16()}}},
+         {{"<b>a<b>b</b>c", plain16}}, {{"a", plain16}, {"b", boldRed(plain16)}, {"c", plain16}}},
+        {"empty pair", {{"x<b></b>y", plain16}}, {{"xy", plain16}}},
         {"the font at the start sets the whole range",
-         {{"<b>", {}}, {"big", plain16()}, {" text", grey}, {"</b>", {}}},
-         {{"big", boldRed(plain16())}, {" text", boldRed(grey)}}},
-        {"no tags: unchanged", {{"plain ", plain16()}, {"<bold>", grey}}, {{"plain ", plain16()}, {"<bold>", grey}}},
+         {{"<b>", {}}, {"big", plain16}, {" text", grey}, {"</b>", {}}},
+         {{"big", boldRed(plain16)}, {" text", boldRed(grey)}}},
+        {"no tags: unchanged", {{"plain ", plain16}, {"<bold>", grey}}, {{"plain ", plain16}, {"<bold>", grey}}},
     };
     for (const Case& c : cases)
         EXPECT_EQ(describe(attrTextFromBoldTagText(fromPieces(c.text))), describe(c.expected)) << c.name;
-}
-
-TEST(MarkupBoldTags, TagsSurviveARoundTrip)
-{
-    const char* const texts[] = {
-        "a <b>big</b> cat",
-        "<b>A</b> and <b>B</b>",
-        "中文<b>粗体</b>🇨🇳",
-        "no tags",
-    };
-    for (const char* text : texts) {
-        const QString tagged = QString::fromUtf8(text);
-        EXPECT_EQ(highlighTextWithFormat(attrTextFromBoldTagText(StyledText(tagged, plain16())), QStringLiteral("<b>%@</b>")), tagged)
-            << text;
-    }
 }
 
 }  // namespace

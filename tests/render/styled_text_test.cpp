@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 
 namespace lexicorn {
 namespace {
@@ -12,48 +13,29 @@ namespace {
 using testing::describe;
 using testing::Pieces;
 
-TextAttributes red()
+const Rgba redColour{255, 0, 0};
+const Rgba greyColour{55, 55, 55};
+
+TextAttributes attributes(std::optional<Rgba> foreground, std::optional<double> size = {}, std::optional<Rgba> background = {})
 {
-    TextAttributes attributes;
-    attributes.foreground = Rgba{255, 0, 0};
-    return attributes;
+    TextAttributes made;
+    made.foreground = foreground;
+    made.fontSize = size;
+    made.background = background;
+    return made;
 }
 
-TextAttributes big()
-{
-    TextAttributes attributes;
-    attributes.fontSize = 18;
-    return attributes;
-}
-
-TextAttributes redBig()
-{
-    TextAttributes attributes = red();
-    attributes.fontSize = 18;
-    return attributes;
-}
-
-TextAttributes grey()
-{
-    TextAttributes attributes;
-    attributes.background = Rgba{55, 55, 55};
-    return attributes;
-}
-
-TextAttributes redOnGrey()
-{
-    TextAttributes attributes = red();
-    attributes.background = Rgba{55, 55, 55};
-    return attributes;
-}
+const TextAttributes red = attributes(redColour);
+const TextAttributes big = attributes({}, 18);
+const TextAttributes grey = attributes({}, {}, greyColour);
 
 // "ab" red, "cd" unstyled, "ef" big: three stretches to cut into.
 StyledText threeStretches()
 {
     StyledText text;
-    text.append(QStringLiteral("ab"), red());
+    text.append(QStringLiteral("ab"), red);
     text.append(QStringLiteral("cd"));
-    text.append(QStringLiteral("ef"), big());
+    text.append(QStringLiteral("ef"), big);
     return text;
 }
 
@@ -68,87 +50,87 @@ TEST(StyledText, EditsKeepEachUnitsAttributes)
         {"equal neighbours make one run",
          [] {
              StyledText text;
-             text.append(QStringLiteral("ab"), red());
-             text.append(QStringLiteral("cd"), red());
-             text.append(QString(), big());
+             text.append(QStringLiteral("ab"), red);
+             text.append(QStringLiteral("cd"), red);
+             text.append(QString(), big);
              return text;
          },
-         {{"abcd", red()}}},
+         {{"abcd", red}}},
         {"appending styled text joins at the seam",
          [] {
-             StyledText text(QStringLiteral("ab"), red());
-             StyledText tail(QStringLiteral("cd"), red());
+             StyledText text(QStringLiteral("ab"), red);
+             StyledText tail(QStringLiteral("cd"), red);
              tail.append(QStringLiteral("ef"));
              text.append(tail);
              return text;
          },
-         {{"abcd", red()}, {"ef", {}}}},
+         {{"abcd", red}, {"ef", {}}}},
         {"attributes added inside one run split it in three",
          [] {
-             StyledText text(QStringLiteral("There is a cat."), big());
-             text.addAttributes(9, 1, red());
+             StyledText text(QStringLiteral("There is a cat."), big);
+             text.addAttributes(9, 1, red);
              return text;
          },
-         {{"There is ", big()}, {"a", redBig()}, {" cat.", big()}}},
+         {{"There is ", big}, {"a", attributes(redColour, 18)}, {" cat.", big}}},
         {"attributes added across runs keep what each run had",
          [] {
              StyledText text = threeStretches();
-             text.addAttributes(1, 4, grey());
+             text.addAttributes(1, 4, grey);
              return text;
          },
-         {{"a", red()}, {"b", redOnGrey()}, {"cd", grey()}, {"e", [] { TextAttributes a = big(); a.background = Rgba{55, 55, 55}; return a; }()}, {"f", big()}}},
+         {{"a", red}, {"b", attributes(redColour, {}, greyColour)}, {"cd", grey}, {"e", attributes({}, 18, greyColour)}, {"f", big}}},
         {"an added colour replaces the old one",
          [] {
-             StyledText text(QStringLiteral("abc"), grey());
-             text.addAttributes(0, 3, red());
-             text.addAttributes(0, 3, TextAttributes{Rgba{0, 0, 255}, {}, {}, false, {}, false});
+             StyledText text(QStringLiteral("abc"), grey);
+             text.addAttributes(0, 3, red);
+             text.addAttributes(0, 3, attributes(Rgba{0, 0, 255}));
              return text;
          },
-         {{"abc", TextAttributes{Rgba{0, 0, 255}, {}, {}, false, Rgba{55, 55, 55}, false}}}},
+         {{"abc", attributes(Rgba{0, 0, 255}, {}, greyColour)}}},
         {"a range past the end is cut at the end",
          [] {
              StyledText text(QStringLiteral("abc"));
-             text.addAttributes(2, 50, red());
-             text.addAttributes(-3, 4, big());
+             text.addAttributes(2, 50, red);
+             text.addAttributes(-3, 4, big);
              return text;
          },
-         {{"a", big()}, {"b", {}}, {"c", red()}}},
+         {{"a", big}, {"b", {}}, {"c", red}}},
         {"a deletion inside a run shortens it and shifts the rest",
          [] {
              StyledText text = threeStretches();
              text.replace(2, 1, StyledText());
              return text;
          },
-         {{"ab", red()}, {"d", {}}, {"ef", big()}}},
+         {{"ab", red}, {"d", {}}, {"ef", big}}},
         {"deleting what stood between equal runs joins them",
          [] {
-             StyledText text(QStringLiteral("ab"), red());
+             StyledText text(QStringLiteral("ab"), red);
              text.append(QStringLiteral("<b>"));
-             text.append(QStringLiteral("cd"), red());
+             text.append(QStringLiteral("cd"), red);
              text.replace(2, 3, StyledText());
              return text;
          },
-         {{"abcd", red()}}},
+         {{"abcd", red}}},
         {"a styled replacement across runs takes the place of both ends",
          [] {
              StyledText text = threeStretches();
-             text.replace(1, 4, StyledText(QStringLiteral("XYZ"), grey()));
+             text.replace(1, 4, StyledText(QStringLiteral("XYZ"), grey));
              return text;
          },
-         {{"a", red()}, {"XYZ", grey()}, {"f", big()}}},
+         {{"a", red}, {"XYZ", grey}, {"f", big}}},
         {"an insertion at a run boundary splits nothing",
          [] {
              StyledText text = threeStretches();
-             text.replace(4, 0, StyledText(QStringLiteral("+"), red()));
+             text.replace(4, 0, StyledText(QStringLiteral("+"), red));
              return text;
          },
-         {{"ab", red()}, {"cd", {}}, {"+", red()}, {"ef", big()}}},
+         {{"ab", red}, {"cd", {}}, {"+", red}, {"ef", big}}},
         {"mid keeps the parts of the runs inside it",
          [] { return threeStretches().mid(1, 4); },
-         {{"b", red()}, {"cd", {}}, {"e", big()}}},
+         {{"b", red}, {"cd", {}}, {"e", big}}},
         {"mid past the end stops at the end",
          [] { return threeStretches().mid(5, 10); },
-         {{"f", big()}}},
+         {{"f", big}}},
     };
     for (const Case& c : cases) {
         const StyledText text = c.make();
@@ -171,24 +153,24 @@ TEST(StyledText, AttributesAtEachPosition)
     const struct {
         qsizetype index;
         TextAttributes expected;
-    } cases[] = {{-1, {}}, {0, red()}, {1, red()}, {2, {}}, {3, {}}, {4, big()}, {5, big()}, {6, {}}};
+    } cases[] = {{-1, {}}, {0, red}, {1, red}, {2, {}}, {3, {}}, {4, big}, {5, big}, {6, {}}};
     for (const auto& c : cases)
         EXPECT_EQ(describe(text.attributesAt(c.index)), describe(c.expected)) << "index " << c.index;
 }
 
 TEST(StyledText, EqualityComparesTextAndEveryUnitsAttributes)
 {
-    StyledText piecewise(QStringLiteral("ab"), red());
-    piecewise.append(QStringLiteral("c"), red());
+    StyledText piecewise(QStringLiteral("ab"), red);
+    piecewise.append(QStringLiteral("c"), red);
     const struct {
         const char* name;
         StyledText other;
         bool equal;
     } cases[] = {
-        {"same text and runs built differently", StyledText(QStringLiteral("abc"), red()), true},
-        {"other attributes", StyledText(QStringLiteral("abc"), big()), false},
+        {"same text and runs built differently", StyledText(QStringLiteral("abc"), red), true},
+        {"other attributes", StyledText(QStringLiteral("abc"), big), false},
         {"unstyled", StyledText(QStringLiteral("abc")), false},
-        {"other text", StyledText(QStringLiteral("abd"), red()), false},
+        {"other text", StyledText(QStringLiteral("abd"), red), false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(piecewise == c.other, c.equal) << c.name;

@@ -141,8 +141,6 @@ TEST_F(CardSync, CardsThatCannotBeSentSayWhy)
     };
     const Case cases[] = {
         {"made with collins while LDOCE5 is selected", retitled("📇1-0", "📇1-0-1"), QStringLiteral("❌ 字典不匹配无法同步，请选择：collins")},
-        {"dictionary number 0 in three parts", retitled("📇1-0", "📇1-0-0"), QStringLiteral("❌ 标题中的索引错误！")},
-        {"index of one part", retitled("📇1-0", "📇1"), QStringLiteral("❌ 标题中的索引错误！")},
         {"card title without card comments", titleOnly, QStringLiteral("❌ 字典不匹配无法同步，请选择：collins")},
         {"Anki out of reach", good, QStringLiteral("Ankiconnect 连接失败！")},
     };

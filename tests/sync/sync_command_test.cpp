@@ -38,7 +38,6 @@ TEST_F(SyncCommand, SendsTheNotebooksCardsAndReportsWhatFailed)
 
     const testing::CliRun first = testing::runLexicorn({QStringLiteral("sync")});
     EXPECT_EQ(first.status, 0) << first.err.toStdString();
-    EXPECT_TRUE(first.out.contains(QStringLiteral("👍 同步完成。总数: 3, 有效数: 2。"))) << first.out.toStdString();
     EXPECT_EQ(peer.noteCount(), 2);
 
     // Named notes only; with Anki gone each card gets its line.
