@@ -247,11 +247,11 @@ bool ReaderWindow::openFile(const QString& path)
         return fail(QStringLiteral("the notebook is not open."));
     if (!document->isOpen())
         return fail(document->problem());
+    // The old book goes, its place remembered while the canvas still shows
+    // it; the new one shows while its MD5 is worked out.
+    rememberPage();
     canvas_->setDocument(document);
     connect(document.get(), &BookDocument::changed, this, &ReaderWindow::bookChanged);
-
-    // The old book goes; the new one shows while its MD5 is worked out.
-    rememberPage();
     send<void>(*application_.bookView, "closeBook");
     panel_->showBook(application_.notebook, QString());
     bookReady_ = false;
