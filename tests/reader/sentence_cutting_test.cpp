@@ -16,16 +16,6 @@ namespace {
 using namespace lexicorn;
 using namespace lexicorn::testing;
 
-std::vector<qsizetype> flagged(const Sentence& sentence, bool CharRecord::*flag)
-{
-    std::vector<qsizetype> offsets;
-    for (std::size_t i = 0; i < sentence.size(); ++i) {
-        if (sentence[i].*flag)
-            offsets.push_back(qsizetype(i));
-    }
-    return offsets;
-}
-
 struct CuttingCase {
     const char* name;
     PageLines lines;
