@@ -27,7 +27,7 @@ EnWordDataPtr makeRecord(const QString& word, std::initializer_list<EnWordPtr> e
     return record;
 }
 
-QByteArray cacheJson(std::initializer_list<std::pair<QString, EnWordDataList>> records)
+QByteArray cacheJson(const std::vector<std::pair<QString, EnWordDataList>>& records)
 {
     std::string out = "{";
     for (const auto& [headword, list] : records) {

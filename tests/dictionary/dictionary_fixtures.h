@@ -9,6 +9,8 @@
 
 #include <initializer_list>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace lexicorn::testing {
 
@@ -19,6 +21,6 @@ EnWordDataPtr makeRecord(const QString& word, std::initializer_list<EnWordPtr> e
                          std::optional<QString> link = std::nullopt);
 
 // A cache-shape file: headword -> list of records, in the order given.
-QByteArray cacheJson(std::initializer_list<std::pair<QString, EnWordDataList>> records);
+QByteArray cacheJson(const std::vector<std::pair<QString, EnWordDataList>>& records);
 
 }  // namespace lexicorn::testing
