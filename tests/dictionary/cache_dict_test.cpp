@@ -26,7 +26,7 @@ std::shared_ptr<const CacheDict> load(const QByteArray& json, jsonread::Failure&
 TEST(CacheDict, IndexesEveryHeadwordAndDecodesItsRecordsOnLookup)
 {
     const QByteArray json = testing::cacheJson({
-        {QStringLiteral("run"), {testing::makeRecord(QStringLiteral("run"), {testing::makeEntry(QStringLiteral("run"), QStringLiteral("verb"), {"move"})})}},
+        {QStringLiteral("run"), testing::oneSense(QStringLiteral("run"), "move")},
         {QStringLiteral("ice cream"), {testing::makeRecord(QStringLiteral("ice cream"), {})}},
         {QStringLiteral("UN"), {}},
     });
@@ -143,13 +143,10 @@ TEST(CacheFileDeathTest, ACacheFileThatDoesNotDecodeEndsTheProcessNamingFileReco
 
 QByteArray cacheOf(const char* definition)
 {
-    const auto record = [&](const QString& word) {
-        return testing::makeRecord(word, {testing::makeEntry(word, QStringLiteral("verb"), {definition})});
-    };
     // "zebra" comes last, so its records end within the parser's padding of the file's end.
-    return testing::cacheJson({{QStringLiteral("run"), {record(QStringLiteral("run"))}},
-                               {QStringLiteral("say \"hi\""), {record(QStringLiteral("hi"))}},
-                               {QStringLiteral("zebra"), {record(QStringLiteral("zebra"))}}});
+    return testing::cacheJson({{QStringLiteral("run"), testing::oneSense(QStringLiteral("run"), definition)},
+                               {QStringLiteral("say \"hi\""), testing::oneSense(QStringLiteral("hi"), definition)},
+                               {QStringLiteral("zebra"), testing::oneSense(QStringLiteral("zebra"), definition)}});
 }
 
 QString definitionOf(const CacheDict& dict, const QString& word)

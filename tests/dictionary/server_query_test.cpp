@@ -3,7 +3,6 @@
 #include "support/temp_home.h"
 
 #include "lexicorn/dictionary/en_word_server.h"
-#include "lexicorn/dictionary/legacy_records.h"
 
 #include <QStringList>
 
@@ -19,8 +18,7 @@ using testing::makeRecord;
 // lookup shows which headword answered.
 EnWordDataList filed(const char* headword)
 {
-    const QString word = QString::fromUtf8(headword);
-    return {makeRecord(word, {makeEntry(word, QStringLiteral("n"), {headword})})};
+    return testing::oneSense(QString::fromUtf8(headword), headword);
 }
 
 class ServerQuery : public ::testing::Test {
@@ -53,15 +51,7 @@ protected:
         ASSERT_FALSE(server_.cacheDictNull());
     }
 
-    // The definitions of every entry found, in order.
-    QStringList answer(const char* word)
-    {
-        QStringList found;
-        const DictDataPtr lookup = server_.query(QString::fromUtf8(word), QString());
-        for (const EnWordPtr& entry : lookup->enWords())
-            found.append(entry->defs.front()->def_en);
-        return found;
-    }
+    QStringList answer(const char* word) { return testing::definitionsFound(server_, QString::fromUtf8(word)); }
 
     testing::TempHome home_;
     EnWordServer server_;
@@ -120,19 +110,9 @@ TEST_F(ServerQuery, LinkTargetsAreEverythingTheLinksReach)
 
 TEST_F(ServerQuery, LegacyEntryPointBuildsTheOlderRecordFromTheSameEntries)
 {
-    const auto record = server_.query(QStringLiteral("grey"));
-    EXPECT_EQ(record->word, QStringLiteral("grey"));
-    ASSERT_EQ(record->defs.size(), 2u);
-    EXPECT_EQ(record->defs[0]->def_en, QStringLiteral("gray"));
-    EXPECT_EQ(record->defs[1]->pos_en, QStringLiteral("adj"));
-    ASSERT_EQ(record->defs[1]->exts.size(), 1u);
-    EXPECT_EQ(record->defs[1]->exts[0]->en, QStringLiteral("An example."));
-
-    const auto missing = server_.query(QStringLiteral("nothing"));
-    ASSERT_EQ(missing->defs.size(), 1u);
-    EXPECT_TRUE(missing->defs[0]->def_en.isEmpty());
-    EXPECT_TRUE(missing->readings.isEmpty());
-    EXPECT_EQ(missing->star, QStringLiteral(""));
+    EXPECT_EQ(testing::described(*server_.query(QStringLiteral("grey"))),
+              (QStringList{"grey|||", "verb|gray|释义|An example.", "adj|grey|释义|An example."}));
+    EXPECT_EQ(testing::described(*server_.query(QStringLiteral("nothing"))), (QStringList{"nothing|||", "|||"}));
 }
 
 }  // namespace
