@@ -80,12 +80,6 @@ write(styled, {
 set_attribute(styled, "StyleSheet", "1\r\n&lt;b&gt;\r\n&lt;/b&gt;\r\n2\r\n&lt;i&gt;\r\n&lt;/i&gt;\r\n3\r\n&lt;p&gt;\r\n")
 )py";
 
-QString venvPython()
-{
-    const QString venv = qEnvironmentVariable("LEXICORN_ANKI_VENV", QStringLiteral("/opt/lexicorn/anki-peer-venv"));
-    return venv + QStringLiteral("/bin/python");
-}
-
 // Bytes of every value a byte can take, and NULs, as a sound file would have.
 QByteArray soundBytes()
 {
@@ -100,8 +94,10 @@ void makeFixtures(const QString& dir, const QStringList& layouts)
 {
     const QString sound = dir + QStringLiteral("/apple.mp3");
     testing::writeFile(sound, soundBytes());
+    const QString venv = qEnvironmentVariable("LEXICORN_ANKI_VENV", QStringLiteral("/opt/lexicorn/anki-peer-venv"));
     QProcess python;
-    python.start(venvPython(), QStringList{QStringLiteral("-c"), QString::fromUtf8(fixtureScript), dir, sound} + layouts);
+    python.start(venv + QStringLiteral("/bin/python"),
+                 QStringList{QStringLiteral("-c"), QString::fromUtf8(fixtureScript), dir, sound} + layouts);
     ASSERT_TRUE(python.waitForFinished(120000));
     ASSERT_EQ(python.exitCode(), 0) << python.readAllStandardError().toStdString();
 }
@@ -196,7 +192,7 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
     }
 }
 
-TEST(MdictReader, StyleSheetMarksBecomeTheirHtmlAndNeverReachACard)
+TEST(MdictReader, StyleSheetMarksBecomeTheirHtml)
 {
     testing::TempHome home;
     makeFixtures(home.path(), {});
@@ -213,23 +209,20 @@ TEST(MdictReader, StyleSheetMarksBecomeTheirHtmlAndNeverReachACard)
                                           {"fire", "<p>fire<b>tine</b>dóiteán <i></i>"},
                                           {"plain", "no marks, a `backtick` and `x` and ``"}};
     EXPECT_EQ(texts, expected);
-
-    const testing::CliRun run = testing::runLexicorn({"import", "--home", home.path(), "--into", "collins", styled});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
-    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("collins"), QStringLiteral("water"), 0);
-    EXPECT_TRUE(card.defEn.contains(QStringLiteral("water"))) << card.defEn.toStdString();
-    EXPECT_FALSE(card.defEn.contains(u'`') || card.defCn.contains(u'`')) << card.defEn.toStdString();
 }
 
-TEST(MdictReader, ImportedIntoDictFolderWithItsSound)
+TEST(MdictReader, ImportedIntoDictFolderWithItsSoundAndNoStyleMarks)
 {
     testing::TempHome home;
     makeFixtures(home.path(), {QStringLiteral("oxford:2.0:utf8:2")});
     QFile::rename(home.path() + QStringLiteral("/resources.mdd"), home.path() + QStringLiteral("/oxford.mdd"));
 
-    const testing::CliRun run = testing::runLexicorn(
-        {"import", "--home", home.path(), "--into", "LDOCE5", home.path() + QStringLiteral("/oxford.mdx")});
+    const testing::CliRun run = testing::runLexicorn({"import", "--home", home.path(), "--into", "LDOCE5", home.path() + "/oxford.mdx",
+                                                      home.path() + "/styled.mdx"});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const testing::CardBack card = testing::cardBack(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("water"), 0);
+    EXPECT_TRUE(card.defEn.contains(QStringLiteral("water"))) << card.defEn.toStdString();
+    EXPECT_FALSE(card.defEn.contains(u'`') || card.defCn.contains(u'`')) << card.defEn.toStdString();
 
     EXPECT_EQ(testing::titleFound(home.path(), QStringLiteral("LDOCE5"), QStringLiteral("apple")), QStringLiteral("apple"));
     // The cross-reference leads to its target.
