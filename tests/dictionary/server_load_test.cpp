@@ -85,6 +85,11 @@ TEST(ServerLoad, LoadsTheSelectedDictionaryAndSwitches)
     EXPECT_EQ(server.dictName(), QStringLiteral("collins"));
     EXPECT_TRUE(server.cacheDictNull());
     EXPECT_TRUE(server.query(QStringLiteral("take"), QStringLiteral("s"))->enWords().empty());
+    // enDict with a path only records it; without one it reads the file but does not keep it.
+    EXPECT_TRUE(server.enDict(home.dictPath(QStringLiteral("LDOCE5_html.json")))->isEmpty());
+    EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
+    EXPECT_FALSE(server.enDict()->isEmpty());
+    EXPECT_TRUE(server.cacheDictNull());
     server.setDictTypeWithNumber(1);
     server.waitForLoadJobs();
     EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("take")), QStringList{"collins"});
@@ -106,19 +111,6 @@ TEST(ServerLoad, LoadsTheSelectedDictionaryAndSwitches)
     EXPECT_EQ(server.dictFileName(), QStringLiteral("LDOCE5_html.json"));
     EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
     EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("take")), QStringList{"ldoce"});
-}
-
-TEST(ServerLoad, EnDictWithAPathOnlyRecordsThePath)
-{
-    testing::TempHome home;
-    home.writeDict(QStringLiteral("LDOCE5_html.json"), cacheWith("take", "ldoce"));
-    EnWordServer server;
-    const auto before = server.enDict(home.dictPath(QStringLiteral("LDOCE5_html.json")));
-    EXPECT_TRUE(before->isEmpty());
-    EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
-    EXPECT_TRUE(server.cacheDictNull());
-    EXPECT_FALSE(server.enDict()->isEmpty());  // reads, but does not keep
-    EXPECT_TRUE(server.cacheDictNull());
 }
 
 TEST(ServerLoad, DictTypeWithAnUnknownIndexEndsTheProcess)

@@ -117,15 +117,10 @@ const DrawnPage paragraphsPage{
 
 class PdfTextGenerated : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(dir_.isValid());
-        path_ = dir_.filePath(QStringLiteral("layout.pdf"));
-        writePdf(path_, {paragraphsPage, DrawnPage()});
-    }
+    void SetUp() override { writePdf(path_, {paragraphsPage, DrawnPage()}); }
 
     QTemporaryDir dir_;
-    QString path_;
+    const QString path_ = dir_.filePath(QStringLiteral("layout.pdf"));
 };
 
 TEST_F(PdfTextGenerated, LinesHoldTheDrawnWordsAndTheCharactersFollowTheLayout)
