@@ -7,11 +7,9 @@
 
 #include "lexicorn/dictionary/import/mdict_reader.h"
 
-#include <QDir>
 #include <QFile>
 #include <QMap>
 #include <QProcess>
-#include <QProcessEnvironment>
 
 #include <gtest/gtest.h>
 
