@@ -158,8 +158,6 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
         return bytes;
     };
 
-    // The last bytes of a file are its last record block's data.
-    const QByteArray flipped = flip(stored, stored.size() - 3);
     // After the header come the key section's five numbers and their
     // checksum (44 bytes), then the key-info block: its type word, its
     // checksum (which the cipher key is made from), then its payload.
@@ -172,7 +170,7 @@ TEST(MdictReader, DamagedOrLockedFilesAreReportedWithFileAndPlace)
         QString place;  // what the message names besides the file
     };
     const Case cases[] = {
-        {"flipped.mdx", flipped, QStringLiteral(": record block")},
+        {"flipped.mdx", flip(stored, stored.size() - 3), QStringLiteral(": record block")},  // the last block's data
         {"flipped-key-section.mdx", flip(zlib, headerEnd(zlib) + 10), QStringLiteral(": key section")},
         {"truncated.mdx", zlib.left(zlib.size() * 2 / 3), QStringLiteral("truncated or a size past the end")},
         {"header-only.mdx", zlib.left(40), QStringLiteral(": header")},

@@ -168,20 +168,18 @@ TEST_F(PdfTextGenerated, ParagraphsEndAtTheirShortLastLines)
     const PdfObjCAPI document(path_);
     const QString book = QStringLiteral("generated-paragraphs");
     const Sentences sentences = sentencesOf(document, 1, book);
-    EXPECT_EQ(textsOf(sentences),
+    ASSERT_EQ(textsOf(sentences),
               (QStringList{"The first paragraph has three lines of text thatare set full width so that the right edge is "
                            "evenand it ends here.",
                            "A second paragraph follows.",
                            "It has two lines thatfill the measure and then a short last line atthe end."}));
-    ASSERT_EQ(sentences.size(), 3u);
     // The first sentence is the first three printed lines, each ending flagged.
     const qsizetype first = paragraphsPage[0].text.size();
     const qsizetype second = first + paragraphsPage[1].text.size();
     const qsizetype third = second + paragraphsPage[2].text.size();
     EXPECT_EQ(flagged(sentences[0], &CharRecord::lineEnd), (std::vector<qsizetype>{first - 1, second - 1, third - 1}));
-    EXPECT_TRUE(sentences[0].back().sectionEnd);
-    EXPECT_FALSE(sentences[1].back().sectionEnd);
-    EXPECT_TRUE(sentences[2].back().sectionEnd);
+    EXPECT_EQ((std::vector<bool>{sentences[0].back().sectionEnd, sentences[1].back().sectionEnd, sentences[2].back().sectionEnd}),
+              (std::vector<bool>{true, false, true}));
 }
 
 TEST_F(PdfTextGenerated, PagesWithoutTextGiveNothing)
