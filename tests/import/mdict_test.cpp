@@ -19,12 +19,9 @@ namespace {
 using dictimport::Markup;
 using dictimport::SourceEntry;
 
-// Writes one .mdx per (name, version, encoding, compression[, enciphered])
-// given on the command line, all with the same entries, and an .mdd holding
-// the sound. "enciphered" switches on the writer's key-index encryption
-// (Encrypted="2"). Small blocks so that keys and records spread over many
-// blocks. The LZO writer needs python-lzo's compressor in place of the
-// tool's own LZO module.
+// Writes one .mdx per (name, version, encoding, compression[, enciphered]) given on the command line, all with the
+// same entries in small blocks, so that keys and records spread over many, and an .mdd holding the sound. "enciphered"
+// is the writer's key-index encryption (Encrypted="2"); python-lzo's compressor stands in for the tool's LZO module.
 const char* const fixtureScript = R"py(
 import os, struct, sys, zlib
 import lzo
