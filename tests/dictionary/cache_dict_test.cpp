@@ -26,7 +26,7 @@ std::shared_ptr<const CacheDict> load(const QByteArray& json, jsonread::Failure&
 TEST(CacheDict, IndexesEveryHeadwordAndDecodesItsRecordsOnLookup)
 {
     const QByteArray json = testing::cacheJson({
-        {QStringLiteral("run"), {testing::makeRecord(QStringLiteral("run"), {testing::makeEntry(QStringLiteral("run"), QStringLiteral("verb"), {"move"})})}},
+        {QStringLiteral("run"), testing::oneSense(QStringLiteral("run"), "move")},
         {QStringLiteral("ice cream"), {testing::makeRecord(QStringLiteral("ice cream"), {})}},
         {QStringLiteral("UN"), {}},
     });
@@ -37,8 +37,7 @@ TEST(CacheDict, IndexesEveryHeadwordAndDecodesItsRecordsOnLookup)
     EXPECT_TRUE(dict->contains(QStringLiteral("ice cream")));
     EXPECT_FALSE(dict->contains(QStringLiteral("un")));
     EXPECT_FALSE(dict->find(QStringLiteral("walk")));
-    ASSERT_TRUE(dict->find(QStringLiteral("UN")));
-    EXPECT_TRUE(dict->find(QStringLiteral("UN"))->empty());
+    EXPECT_EQ(dict->find(QStringLiteral("UN")), std::optional(EnWordDataList{}));
 
     const auto run = dict->find(QStringLiteral("run"));
     ASSERT_TRUE(run);
@@ -144,13 +143,10 @@ TEST(CacheFileDeathTest, ACacheFileThatDoesNotDecodeEndsTheProcessNamingFileReco
 
 QByteArray cacheOf(const char* definition)
 {
-    const auto record = [&](const QString& word) {
-        return testing::makeRecord(word, {testing::makeEntry(word, QStringLiteral("verb"), {definition})});
-    };
     // "zebra" comes last, so its records end within the parser's padding of the file's end.
-    return testing::cacheJson({{QStringLiteral("run"), {record(QStringLiteral("run"))}},
-                               {QStringLiteral("say \"hi\""), {record(QStringLiteral("hi"))}},
-                               {QStringLiteral("zebra"), {record(QStringLiteral("zebra"))}}});
+    return testing::cacheJson({{QStringLiteral("run"), testing::oneSense(QStringLiteral("run"), definition)},
+                               {QStringLiteral("say \"hi\""), testing::oneSense(QStringLiteral("hi"), definition)},
+                               {QStringLiteral("zebra"), testing::oneSense(QStringLiteral("zebra"), definition)}});
 }
 
 QString definitionOf(const CacheDict& dict, const QString& word)
@@ -181,13 +177,10 @@ TEST(CacheIndexFile, IsUsedWhileItHoldsForTheFileAndMadeAgainOtherwise)
         {"index truncated", [&](auto&, auto&, const QString& index) { resize(index, QFile(index).size() / 2); }, QStringLiteral("move")},
         {"index emptied", [&](auto&, auto&, const QString& index) { resize(index, 0); }, QStringLiteral("move")},
         {"index byte flipped",
-         [](auto&, auto&, const QString& index) {
-             QFile file(index);
-             ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-             QByteArray bytes = file.readAll();
+         [&](testing::TempHome& home, auto&, auto&) {
+             QByteArray bytes = home.readDict(cacheName + QStringLiteral(".index"));
              bytes[bytes.size() - 3] = char(bytes[bytes.size() - 3] ^ 0x20);
-             file.seek(0);
-             file.write(bytes);
+             home.writeDict(cacheName + QStringLiteral(".index"), bytes);
          },
          QStringLiteral("move")},
         {"cache rewritten, same size",

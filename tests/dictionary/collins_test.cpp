@@ -2,6 +2,7 @@
 
 #include "lexicorn/dictionary/collins_raw.h"
 #include "lexicorn/dictionary/dictionary_files.h"
+#include "lexicorn/dictionary/json_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -24,29 +25,17 @@ TEST(CollinsConversion, GroupsSensesByPartOfSpeechInSortedOrder)
         {"def_cn": "经营", "def_en": "manage", "pos_cn": "动词2", "pos_en": "v", "ext": []},
         {"def_cn": "无", "def_en": "none", "pos_cn": "无", "pos_en": "", "ext": []}]}})");
     ASSERT_EQ(records.size(), 1u);
-    const EnWordData& record = *records[0].second.at(0);
-    EXPECT_EQ(record.word, QStringLiteral("run"));
-    EXPECT_EQ(record.index, 0);
-    EXPECT_FALSE(record.link);
-    ASSERT_EQ(record.enWords.size(), 2u);
-
-    const EnWord& noun = *record.enWords[0];
-    EXPECT_EQ(noun.pos_en, QStringLiteral("n"));
-    EXPECT_EQ(noun.title, QStringLiteral("run"));
-    EXPECT_EQ(noun.star, QStringLiteral("5"));
-    EXPECT_EQ(noun.readings, QStringLiteral("/rʌn $ rɐn/"));
-    ASSERT_EQ(noun.defs.size(), 1u);
-
-    const EnWord& verb = *record.enWords[1];
-    EXPECT_EQ(verb.pos_cn, QStringLiteral("动词"));  // from the group's first sense
-    ASSERT_EQ(verb.defs.size(), 2u);
-    EXPECT_EQ(verb.defs[0]->def_en, QStringLiteral("move fast"));
-    EXPECT_EQ(verb.defs[1]->def_cn, QStringLiteral("经营"));
-    ASSERT_EQ(verb.defs[0]->exts.size(), 1u);
-    EXPECT_EQ(verb.defs[0]->exts[0]->en, QStringLiteral("He ran."));
-    EXPECT_EQ(verb.defs[0]->exts[0]->cn, QStringLiteral("他跑了。"));
-    EXPECT_TRUE(verb.defs[0]->exts[0]->speaker.isEmpty());
-    EXPECT_TRUE(verb.brePron.isEmpty());
+    std::string json;
+    json::appendEnWordDataList(json, records[0].second);
+    // Nouns before verbs, each group's Chinese part of speech from its first sense, the readings joined, no link,
+    // and the sense without a part of speech dropped.
+    EXPECT_EQ(json, R"([{"index":0,"word":"run","enWords":[{"title":"run","star":"5","readings":"/rʌn $ rɐn/",)"
+                    R"("brePron":"","amePron":"","defs":[{"def_cn":"一次跑步","def_en":"a run","exts":[],"subTitle":"",)"
+                    R"("signpos_cn":"","signpos_en":"","gram":""}],"pos_cn":"名词","pos_en":"n"},{"title":"run",)"
+                    R"("star":"5","readings":"/rʌn $ rɐn/","brePron":"","amePron":"","defs":[{"def_cn":"跑",)"
+                    R"("def_en":"move fast","exts":[{"cn":"他跑了。","en":"He ran.","speaker":""}],"subTitle":"",)"
+                    R"("signpos_cn":"","signpos_en":"","gram":""},{"def_cn":"经营","def_en":"manage","exts":[],)"
+                    R"("subTitle":"","signpos_cn":"","signpos_en":"","gram":""}],"pos_cn":"动词","pos_en":"v"}]}])");
 }
 
 TEST(CollinsConversion, ReadingsAndEmptyCases)

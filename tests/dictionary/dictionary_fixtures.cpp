@@ -27,7 +27,12 @@ EnWordDataPtr makeRecord(const QString& word, std::initializer_list<EnWordPtr> e
     return record;
 }
 
-QByteArray cacheJson(std::initializer_list<std::pair<QString, EnWordDataList>> records)
+EnWordDataList oneSense(const QString& word, const char* definition)
+{
+    return {makeRecord(word, {makeEntry(word, QStringLiteral("verb"), {definition})})};
+}
+
+QByteArray cacheJson(const std::vector<std::pair<QString, EnWordDataList>>& records)
 {
     std::string out = "{";
     for (const auto& [headword, list] : records) {
@@ -39,6 +44,27 @@ QByteArray cacheJson(std::initializer_list<std::pair<QString, EnWordDataList>> r
     }
     out += '}';
     return QByteArray::fromStdString(out);
+}
+
+QStringList described(const HookEnWordData& record)
+{
+    QStringList out{QStringList{record.word, record.quoteSentence, record.star, record.readings.join(u',')}.join(u'|')};
+    for (const auto& def : record.defs) {
+        QStringList examples;
+        for (const auto& ext : def->exts)
+            examples.append(ext->en);
+        out.append(QStringList{def->pos_en, def->def_en, def->def_cn, examples.join(u';')}.join(u'|'));
+    }
+    return out;
+}
+
+QStringList definitionsFound(EnWordServer& server, const QString& word)
+{
+    QStringList found;
+    const DictDataPtr lookup = server.query(word, QString());
+    for (const EnWordPtr& entry : lookup->enWords())
+        found.append(entry->defs.front()->def_en);
+    return found;
 }
 
 }  // namespace lexicorn::testing

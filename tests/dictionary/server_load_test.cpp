@@ -16,16 +16,7 @@ const QByteArray rawRun = R"({"run": {"star": "5", "readings": ["rʌn"], "defs":
 
 QByteArray cacheWith(const char* headword, const char* definition)
 {
-    const QString word = QString::fromUtf8(headword);
-    return testing::cacheJson({{word, {testing::makeRecord(word, {testing::makeEntry(word, QStringLiteral("verb"), {definition})})}}});
-}
-
-QString firstDefinition(EnWordServer& server, const char* word)
-{
-    const DictDataPtr lookup = server.query(QString::fromUtf8(word), QString());
-    if (lookup->enWords().empty())
-        return QStringLiteral("(none)");
-    return lookup->enWords().front()->defs.front()->def_en;
+    return testing::cacheJson({{QString::fromUtf8(headword), testing::oneSense(QString::fromUtf8(headword), definition)}});
 }
 
 TEST(ServerLoad, RawCollinsIsConvertedOnceAndItsCacheWritten)
@@ -37,7 +28,7 @@ TEST(ServerLoad, RawCollinsIsConvertedOnceAndItsCacheWritten)
         server.setDictTypeWithNumber(1);
         server.waitForLoadJobs();
         EXPECT_FALSE(server.isCaching());
-        EXPECT_EQ(firstDefinition(server, "run"), QStringLiteral("move fast"));
+        EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("run")), QStringList{"move fast"});
         EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("collins_html.json")));
     }
     const QByteArray cache = home.readDict(QStringLiteral("collins_html.json"));
@@ -48,7 +39,7 @@ TEST(ServerLoad, RawCollinsIsConvertedOnceAndItsCacheWritten)
     EnWordServer later;
     later.setDictTypeWithNumber(1);
     later.waitForLoadJobs();
-    EXPECT_EQ(firstDefinition(later, "run"), QStringLiteral("from the cache"));
+    EXPECT_EQ(testing::definitionsFound(later, QStringLiteral("run")), QStringList{"from the cache"});
 }
 
 TEST(ServerLoad, WithoutAnyCollinsFileTheEngineStaysLoadingForever)
@@ -94,9 +85,14 @@ TEST(ServerLoad, LoadsTheSelectedDictionaryAndSwitches)
     EXPECT_EQ(server.dictName(), QStringLiteral("collins"));
     EXPECT_TRUE(server.cacheDictNull());
     EXPECT_TRUE(server.query(QStringLiteral("take"), QStringLiteral("s"))->enWords().empty());
+    // enDict with a path only records it; without one it reads the file but does not keep it.
+    EXPECT_TRUE(server.enDict(home.dictPath(QStringLiteral("LDOCE5_html.json")))->isEmpty());
+    EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
+    EXPECT_FALSE(server.enDict()->isEmpty());
+    EXPECT_TRUE(server.cacheDictNull());
     server.setDictTypeWithNumber(1);
     server.waitForLoadJobs();
-    EXPECT_EQ(firstDefinition(server, "take"), QStringLiteral("collins"));
+    EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("take")), QStringList{"collins"});
 
     // Values other than 0 and 1 are ignored; the same dictionary once loaded is not reloaded.
     QFile::remove(home.dictPath(QStringLiteral("collins_html.json")));
@@ -105,7 +101,7 @@ TEST(ServerLoad, LoadsTheSelectedDictionaryAndSwitches)
     server.setDictTypeWithNumber(1);
     server.waitForLoadJobs();
     EXPECT_EQ(server.dictTypeNumber(), 1);
-    EXPECT_EQ(firstDefinition(server, "take"), QStringLiteral("collins"));
+    EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("take")), QStringList{"collins"});
 
     // The other one loads in the background.
     server.setDictTypeWithNumber(0);
@@ -114,20 +110,7 @@ TEST(ServerLoad, LoadsTheSelectedDictionaryAndSwitches)
     EXPECT_FALSE(server.isCaching());
     EXPECT_EQ(server.dictFileName(), QStringLiteral("LDOCE5_html.json"));
     EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
-    EXPECT_EQ(firstDefinition(server, "take"), QStringLiteral("ldoce"));
-}
-
-TEST(ServerLoad, EnDictWithAPathOnlyRecordsThePath)
-{
-    testing::TempHome home;
-    home.writeDict(QStringLiteral("LDOCE5_html.json"), cacheWith("take", "ldoce"));
-    EnWordServer server;
-    const auto before = server.enDict(home.dictPath(QStringLiteral("LDOCE5_html.json")));
-    EXPECT_TRUE(before->isEmpty());
-    EXPECT_EQ(server.path(), home.dictPath(QStringLiteral("LDOCE5_html.json")));
-    EXPECT_TRUE(server.cacheDictNull());
-    EXPECT_FALSE(server.enDict()->isEmpty());  // reads, but does not keep
-    EXPECT_TRUE(server.cacheDictNull());
+    EXPECT_EQ(testing::definitionsFound(server, QStringLiteral("take")), QStringList{"ldoce"});
 }
 
 TEST(ServerLoad, DictTypeWithAnUnknownIndexEndsTheProcess)

@@ -3,7 +3,6 @@
 #include "support/temp_home.h"
 
 #include "lexicorn/dictionary/en_word_server.h"
-#include "lexicorn/dictionary/legacy_records.h"
 
 #include <QStringList>
 
@@ -19,36 +18,32 @@ using testing::makeRecord;
 // lookup shows which headword answered.
 EnWordDataList filed(const char* headword)
 {
-    const QString word = QString::fromUtf8(headword);
-    return {makeRecord(word, {makeEntry(word, QStringLiteral("n"), {headword})})};
+    return testing::oneSense(QString::fromUtf8(headword), headword);
 }
 
 class ServerQuery : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        home_.writeDict(QStringLiteral("LDOCE5_html.json"), testing::cacheJson({
-            {QStringLiteral("running"), filed("running")},
-            {QStringLiteral("UN"), filed("UN")},
-            {QStringLiteral("example"), filed("example")},
-            {QStringLiteral("go"), filed("go")},
-            {QStringLiteral("run"), filed("run")},
-            {QStringLiteral("ran"), filed("ran")},
-            {QStringLiteral("look up"), filed("look up")},
-            {QStringLiteral("wellknown"), filed("wellknown")},
-            {QStringLiteral("icecream"), filed("icecream")},
-            {QStringLiteral("Polish"), filed("Polish")},
-            {QStringLiteral("polish"), filed("polish")},
+        // colour and color link to each other; grey has a linking record and a plain one; a -> b -> c -> a.
+        const auto linking = [](const char* word, const char* link) {
+            return makeRecord(QString::fromUtf8(word), {}, QString::fromUtf8(link));
+        };
+        std::vector<std::pair<QString, EnWordDataList>> records{
             {QStringLiteral("empty"), {}},
-            {QStringLiteral("void"), filed("void")},
-            {QStringLiteral("colour"), {makeRecord(QStringLiteral("colour"), {makeEntry(QStringLiteral("colour"), QStringLiteral("n"), {"colour"})}, QStringLiteral("color"))}},
-            {QStringLiteral("color"), {makeRecord(QStringLiteral("color"), {makeEntry(QStringLiteral("color"), QStringLiteral("n"), {"color"})}, QStringLiteral("colour"))}},
-            {QStringLiteral("grey"), {makeRecord(QStringLiteral("grey"), {}, QStringLiteral("gray")), makeRecord(QStringLiteral("grey"), {makeEntry(QStringLiteral("grey"), QStringLiteral("adj"), {"grey"})})}},
-            {QStringLiteral("gray"), filed("gray")},
-            {QStringLiteral("a"), {makeRecord(QStringLiteral("a"), {}, QStringLiteral("b"))}},
-            {QStringLiteral("b"), {makeRecord(QStringLiteral("b"), {}, QStringLiteral("c"))}},
-            {QStringLiteral("c"), {makeRecord(QStringLiteral("c"), {makeEntry(QStringLiteral("c"), QStringLiteral("n"), {"c"})}, QStringLiteral("a"))}},
-        }));
+            {QStringLiteral("grey"),
+             {linking("grey", "gray"), makeRecord(QStringLiteral("grey"), {makeEntry(QStringLiteral("grey"), QStringLiteral("adj"), {"grey"})})}},
+            {QStringLiteral("a"), {linking("a", "b")}},
+            {QStringLiteral("b"), {linking("b", "c")}},
+        };
+        for (const auto& [word, link] : {std::pair{"colour", "color"}, {"color", "colour"}, {"c", "a"}}) {
+            records.push_back({QString::fromUtf8(word), filed(word)});
+            records.back().second.front()->link = QString::fromUtf8(link);
+        }
+        for (const char* word : {"running", "UN", "example", "go", "run", "ran", "look up", "wellknown", "icecream",
+                                 "Polish", "polish", "void", "gray"})
+            records.push_back({QString::fromUtf8(word), filed(word)});
+        home_.writeDict(QStringLiteral("LDOCE5_html.json"), testing::cacheJson(records));
         home_.writeDict(QStringLiteral("wordforms.json"),
                         R"({"went": "go", "ran": "run", "looked": "look", "Empty": "void", "empty": "void", "gone": "nowhere"})");
         server_.setDictTypeWithNumber(0);
@@ -56,21 +51,13 @@ protected:
         ASSERT_FALSE(server_.cacheDictNull());
     }
 
-    // The definitions of every entry found, in order.
-    QStringList answer(const char* word)
-    {
-        QStringList found;
-        const DictDataPtr lookup = server_.query(QString::fromUtf8(word), QString());
-        for (const EnWordPtr& entry : lookup->enWords())
-            found.append(entry->defs.front()->def_en);
-        return found;
-    }
+    QStringList answer(const char* word) { return testing::definitionsFound(server_, QString::fromUtf8(word)); }
 
     testing::TempHome home_;
     EnWordServer server_;
 };
 
-TEST_F(ServerQuery, CandidatesAreTriedInOrderAndTheFirstMatchWins)
+TEST_F(ServerQuery, CandidatesAreTriedInOrderTheFirstMatchWinsAndLinksAreFollowed)
 {
     struct Case {
         const char* word;
@@ -93,6 +80,11 @@ TEST_F(ServerQuery, CandidatesAreTriedInOrderAndTheFirstMatchWins)
         {"gone", {}},                       // a form whose headword is not filed
         {"unknown", {}},
         {"", {}},
+        // colour links to color, which links back: each headword's entries once, the loop ends.
+        {"colour", {"color", "colour"}},
+        {"color", {"colour", "color"}},
+        {"grey", {"gray", "grey"}},  // the linking record gives its target's entries, the plain record its own
+        {"a", {"c"}},                // a -> b -> c -> a: only c has entries
     };
     for (const Case& c : cases)
         EXPECT_EQ(answer(c.word), c.expected) << c.word;
@@ -106,7 +98,7 @@ TEST_F(ServerQuery, LookupKeepsTheWordAsGivenAndTheSentence)
     EXPECT_EQ(lookup->enWords().size(), 1u);
 }
 
-TEST_F(ServerQuery, LinksAreFollowedToEverythingTheyReach)
+TEST_F(ServerQuery, LinkTargetsAreEverythingTheLinksReach)
 {
     EXPECT_EQ(server_.findLinkInDict(QStringLiteral("grey")), QStringList{QStringLiteral("gray")});
     EXPECT_EQ(server_.findLinkInDict(QStringLiteral("missing")), QStringList{});
@@ -114,39 +106,13 @@ TEST_F(ServerQuery, LinksAreFollowedToEverythingTheyReach)
               (QStringList{QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("a")}));
     EXPECT_EQ(server_.findAllLinkInDict(QStringLiteral("a")), (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
     EXPECT_EQ(server_.findAllLinkInDict(QStringLiteral("run")), QStringList{QStringLiteral("run")});
-
-    struct Case {
-        const char* word;
-        QStringList expected;
-    };
-    const Case cases[] = {
-        // colour links to color, which links back: each headword's entries once, the loop ends.
-        {"colour", {"color", "colour"}},
-        {"color", {"colour", "color"}},
-        // The linking record gives its target's entries; the plain record its own.
-        {"grey", {"gray", "grey"}},
-        // a -> b -> c -> a: only c has entries.
-        {"a", {"c"}},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(answer(c.word), c.expected) << c.word;
 }
 
 TEST_F(ServerQuery, LegacyEntryPointBuildsTheOlderRecordFromTheSameEntries)
 {
-    const auto record = server_.query(QStringLiteral("grey"));
-    EXPECT_EQ(record->word, QStringLiteral("grey"));
-    ASSERT_EQ(record->defs.size(), 2u);
-    EXPECT_EQ(record->defs[0]->def_en, QStringLiteral("gray"));
-    EXPECT_EQ(record->defs[1]->pos_en, QStringLiteral("adj"));
-    ASSERT_EQ(record->defs[1]->exts.size(), 1u);
-    EXPECT_EQ(record->defs[1]->exts[0]->en, QStringLiteral("An example."));
-
-    const auto missing = server_.query(QStringLiteral("nothing"));
-    ASSERT_EQ(missing->defs.size(), 1u);
-    EXPECT_TRUE(missing->defs[0]->def_en.isEmpty());
-    EXPECT_TRUE(missing->readings.isEmpty());
-    EXPECT_EQ(missing->star, QStringLiteral(""));
+    EXPECT_EQ(testing::described(*server_.query(QStringLiteral("grey"))),
+              (QStringList{"grey|||", "verb|gray|释义|An example.", "adj|grey|释义|An example."}));
+    EXPECT_EQ(testing::described(*server_.query(QStringLiteral("nothing"))), (QStringList{"nothing|||", "|||"}));
 }
 
 }  // namespace

@@ -34,6 +34,12 @@ DictDataPtr lookupJson(const QString& home, const QString& dict, const QString& 
     return data ? data : DictData::make(word, {}, {});
 }
 
+QString titleFound(const QString& home, const QString& dict, const QString& word)
+{
+    const DictDataPtr data = lookupJson(home, dict, word);
+    return data->enWords().empty() ? QStringLiteral("(nothing)") : data->enWords().front()->title;
+}
+
 CardBack cardBack(const QString& home, const QString& dict, const QString& word, int row)
 {
     const CliRun made = runLexicorn({"card", "make", "--home", home, "--dict", dict, word, "1", QString::number(row)});
@@ -56,6 +62,33 @@ void writeFile(const QString& path, const QByteArray& bytes)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
     file.write(bytes);
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    return file.readAll();
+}
+
+void expectImportError(const std::function<void()>& read, const QString& path, const QString& place)
+{
+    try {
+        read();
+        ADD_FAILURE() << path.toStdString() << " was read without complaint";
+    } catch (const dictimport::ImportError& error) {
+        const QString message = QString::fromUtf8(error.what());
+        EXPECT_TRUE(message.startsWith(path)) << error.what();
+        EXPECT_TRUE(message.contains(place)) << error.what();
+    }
+}
+
+QMap<QString, const dictimport::SourceEntry*> CollectingSink::byHeadword() const
+{
+    QMap<QString, const dictimport::SourceEntry*> map;
+    for (const dictimport::SourceEntry& e : entries)
+        map.insert(e.headword, &e);
+    return map;
 }
 
 }  // namespace lexicorn::testing

@@ -49,26 +49,17 @@ TEST(ImportRoundTrip, EcdictCsvWrittenByTheTest)
     EXPECT_EQ(forms.value("mice").toString(), QStringLiteral("mouse"));
 
     // Irregular forms from the exchange column, "studies" by regular inflection.
-    const struct {
-        const char* selected;
-        const char* headword;
-    } found[] = {{"children", "child"}, {"went", "go"}, {"studies", "study"}, {"better", "good"}, {"Going", "go"}};
-    for (const auto& f : found) {
-        const DictDataPtr data = testing::lookupJson(home.path(), QStringLiteral("collins"), QString::fromUtf8(f.selected));
-        ASSERT_FALSE(data->enWords().empty()) << f.selected;
-        EXPECT_EQ(data->enWords().front()->title, QString::fromUtf8(f.headword)) << f.selected;
-    }
+    for (const auto& [selected, headword] : {std::pair{"children", "child"}, {"went", "go"}, {"studies", "study"},
+                                             {"better", "good"}, {"Going", "go"}})
+        EXPECT_EQ(testing::titleFound(home.path(), QStringLiteral("collins"), selected), headword) << selected;
 
     // One entry per part of speech, Chinese beside the English of its kind,
     // stars and readings as the popup shows them.
     const DictDataPtr go = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("go"));
     ASSERT_EQ(go->enWords().size(), 2u);
     const EnWord& verb = *go->enWords()[0];
-    EXPECT_EQ(verb.pos_en, QStringLiteral("vi."));
-    EXPECT_EQ(verb.star, QStringLiteral("●●●●●"));
-    EXPECT_EQ(verb.readings, QStringLiteral("/gəʊ/"));
-    EXPECT_EQ(verb.defs.at(0)->def_en, QStringLiteral("move from one place to another"));
-    EXPECT_EQ(verb.defs.at(0)->def_cn, QStringLiteral("去, 走"));
+    EXPECT_EQ((QStringList{verb.pos_en, verb.star, verb.readings, verb.defs.at(0)->def_en, verb.defs.at(0)->def_cn}),
+              (QStringList{"vi.", "●●●●●", "/gəʊ/", "move from one place to another", "去, 走"}));
     EXPECT_EQ(go->enWords()[1]->defs.at(0)->def_cn, QStringLiteral("尝试"));
     const DictDataPtr study = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("study"));
     EXPECT_EQ(study->enWords().at(0)->defs.at(0)->def_cn, QStringLiteral("学习, \"研究\""));
@@ -102,15 +93,8 @@ TEST(ImportRoundTrip, WordNetDatabaseFromDebian)
     // Irregular forms from the exception lists, "studies" by regular inflection.
     const QJsonObject forms = QJsonDocument::fromJson(home.readDict(QStringLiteral("wordforms.json"))).object();
     EXPECT_EQ(forms.value("better").toString(), QStringLiteral("good"));
-    const struct {
-        const char* selected;
-        const char* headword;
-    } found[] = {{"children", "child"}, {"went", "go"}, {"studies", "study"}};
-    for (const auto& f : found) {
-        const DictDataPtr data = testing::lookupJson(home.path(), QStringLiteral("LDOCE5"), QString::fromUtf8(f.selected));
-        ASSERT_FALSE(data->enWords().empty()) << f.selected;
-        EXPECT_EQ(data->enWords().front()->title, QString::fromUtf8(f.headword)) << f.selected;
-    }
+    for (const auto& [selected, headword] : {std::pair{"children", "child"}, {"went", "go"}, {"studies", "study"}})
+        EXPECT_EQ(testing::titleFound(home.path(), QStringLiteral("LDOCE5"), selected), headword) << selected;
 }
 
 TEST(ImportRoundTrip, FilesMergeIntoOneSlotInFileOrder)
@@ -140,13 +124,12 @@ TEST(ImportRoundTrip, FilesMergeIntoOneSlotInFileOrder)
 TEST(ImportRoundTrip, AFailedImportSaysWhereAndLeavesDictAsItWas)
 {
     testing::TempHome home;
-    const QString good = home.path() + QStringLiteral("/good.csv");
-    testing::writeFile(good, "word,translation\nrun,v. 跑\n");
     const auto write = [&](const char* name, const QByteArray& bytes) {
         const QString path = home.path() + u'/' + QString::fromLatin1(name);
         testing::writeFile(path, bytes);
         return path;
     };
+    const QString good = write("good.csv", "word,translation\nrun,v. 跑\n");
     const QString unclosed = write("unclosed.csv", "word,translation\nrun,v. 跑\nwalk,\"v. 走\nfly,v. 飞\n");
     const QString stray = write("stray.csv", "word,translation\nrun,v. 跑\nwalk,\"v. 走\"x\n");
     const QString inner = write("inner.csv", "word,translation\nrun,v. 跑 \"quoted\"\n");

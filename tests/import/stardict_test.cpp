@@ -22,19 +22,11 @@
 namespace lexicorn {
 namespace {
 
-using dictimport::ImportError;
 using dictimport::Markup;
 using dictimport::SourceEntry;
 using testing::CollectingSink;
 
 const QString toolDir = QStringLiteral("/usr/lib/stardict-tools");
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
 
 // Runs a stardict-tools converter on a source file in dir; it writes
 // <base>.ifo, .idx, .dict.dz (and .syn) beside it.
@@ -70,7 +62,7 @@ void makeFixtures(const QString& dir)
 
     // A 64-bit index: the tool's entries with their offsets widened.
     QDir(dir).mkdir(QStringLiteral("wide"));
-    const QByteArray idx = readAll(dir + QStringLiteral("/plain.idx"));
+    const QByteArray idx = testing::readFile(dir + QStringLiteral("/plain.idx"));
     QByteArray wide;
     for (qsizetype at = 0; at < idx.size();) {
         const qsizetype end = idx.indexOf('\0', at);
@@ -78,19 +70,11 @@ void makeFixtures(const QString& dir)
         at = end + 9;
     }
     testing::writeFile(dir + QStringLiteral("/wide/plain.idx"), wide);
-    QByteArray ifo = readAll(dir + QStringLiteral("/plain.ifo"));
+    QByteArray ifo = testing::readFile(dir + QStringLiteral("/plain.ifo"));
     ifo.replace("version=2.4.2", "version=3.0.0\nidxoffsetbits=64");
     ifo.replace(QByteArray("idxfilesize=") + QByteArray::number(idx.size()), QByteArray("idxfilesize=") + QByteArray::number(wide.size()));
     testing::writeFile(dir + QStringLiteral("/wide/plain.ifo"), ifo);
     QFile::copy(dir + QStringLiteral("/plain.dict.dz"), dir + QStringLiteral("/wide/plain.dict.dz"));
-}
-
-QMap<QString, const SourceEntry*> byHeadword(const CollectingSink& sink)
-{
-    QMap<QString, const SourceEntry*> map;
-    for (const SourceEntry& e : sink.entries)
-        map.insert(e.headword, &e);
-    return map;
 }
 
 TEST(StarDictReader, ToolMadeFilesReadBackWhole)
@@ -116,7 +100,7 @@ TEST(StarDictReader, ToolMadeFilesReadBackWhole)
         SCOPED_TRACE(c.ifo);
         CollectingSink sink;
         dictimport::readStarDict(dir.path() + u'/' + QString::fromLatin1(c.ifo), sink);
-        const auto entries = byHeadword(sink);
+        const auto entries = sink.byHeadword();
         ASSERT_TRUE(entries.contains(QStringLiteral("apple")));
         EXPECT_EQ(entries.value(QStringLiteral("apple"))->text, c.appleText);
         EXPECT_EQ(entries.value(QStringLiteral("apple"))->markup, c.markup);
@@ -158,46 +142,32 @@ TEST(StarDictReader, DamagedFilesAreReportedWithFileAndPlace)
     QTemporaryDir dir;
     makeFixtures(dir.path());
     const QString base = dir.path() + QStringLiteral("/plain");
-    const QByteArray ifo = readAll(base + QStringLiteral(".ifo"));
-    const QByteArray idx = readAll(base + QStringLiteral(".idx"));
-    const QByteArray dz = readAll(base + QStringLiteral(".dict.dz"));
+    QMap<QString, QByteArray> files;
+    for (const QString& suffix : {QStringLiteral(".ifo"), QStringLiteral(".idx"), QStringLiteral(".dict.dz")})
+        files.insert(suffix, testing::readFile(base + suffix));
     struct Case {
-        const char* what;
-        std::function<void()> damage;
+        const char* file;  // the one damaged
+        std::function<void(QByteArray&)> damage;
         QString expected;  // in the message, after the file's path
     };
     const Case cases[] = {
-        {"wrong word count", [&] { QByteArray b = ifo; b.replace("wordcount=3", "wordcount=4"); testing::writeFile(base + QStringLiteral(".ifo"), b); },
-         QStringLiteral("wordcount=4 but the .idx file holds 3")},
-        {"index cut short", [&] { testing::writeFile(base + QStringLiteral(".idx"), idx.left(idx.size() - 3)); },
-         QStringLiteral(".idx is cut short in entry 3")},
-        {"offset past the end", [&] {
-             QByteArray b = idx;
-             b[b.indexOf("zoo") + 4] = char(0x7f);  // the last entry's offset, far past the data
-             testing::writeFile(base + QStringLiteral(".idx"), b);
-         }, QStringLiteral("entry 3 \"zoo\" points past the end")},
-        {"bad chunk table", [&] {
-             QByteArray b = dz;
-             b[22] = char(0xff);  // the first chunk's compressed size, in the RA field
-             b[23] = char(0x7f);
-             testing::writeFile(base + QStringLiteral(".dict.dz"), b);
-         }, QStringLiteral("dictzip chunk 1 of 1")},
+        {".ifo", [](QByteArray& b) { b.replace("wordcount=3", "wordcount=4"); }, QStringLiteral("wordcount=4 but the .idx file holds 3")},
+        {".idx", [](QByteArray& b) { b.chop(3); }, QStringLiteral(".idx is cut short in entry 3")},
+        // The last entry's offset, far past the data.
+        {".idx", [](QByteArray& b) { b[b.indexOf("zoo") + 4] = char(0x7f); }, QStringLiteral("entry 3 \"zoo\" points past the end")},
+        // The first chunk's compressed size, in the RA field.
+        {".dict.dz", [](QByteArray& b) { b.replace(22, 2, "\xff\x7f"); }, QStringLiteral("dictzip chunk 1 of 1")},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        testing::writeFile(base + QStringLiteral(".ifo"), ifo);
-        testing::writeFile(base + QStringLiteral(".idx"), idx);
-        testing::writeFile(base + QStringLiteral(".dict.dz"), dz);
-        c.damage();
-        CollectingSink sink;
-        try {
-            dictimport::readStarDict(base + QStringLiteral(".ifo"), sink);
-            ADD_FAILURE() << "no error";
-        } catch (const ImportError& error) {
-            const QString message = QString::fromUtf8(error.what());
-            EXPECT_TRUE(message.startsWith(base)) << error.what();
-            EXPECT_TRUE(message.contains(c.expected)) << error.what();
+        SCOPED_TRACE(c.expected.toStdString());
+        for (const QString& suffix : files.keys()) {
+            QByteArray bytes = files.value(suffix);
+            if (suffix == QLatin1StringView(c.file))
+                c.damage(bytes);
+            testing::writeFile(base + suffix, bytes);
         }
+        CollectingSink sink;
+        testing::expectImportError([&] { dictimport::readStarDict(base + QStringLiteral(".ifo"), sink); }, base, c.expected);
     }
 }
 
@@ -208,9 +178,7 @@ TEST(StarDictReader, ImportedSynonymsLeadToTheirHeadword)
     const testing::CliRun run = testing::runLexicorn(
         {"import", "--home", home.path(), "--into", "collins", home.path() + QStringLiteral("/html.ifo")});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
-    const DictDataPtr pomme = testing::lookupJson(home.path(), QStringLiteral("collins"), QStringLiteral("pomme"));
-    ASSERT_FALSE(pomme->enWords().empty());
-    EXPECT_EQ(pomme->enWords().front()->title, QStringLiteral("apple"));
+    EXPECT_EQ(testing::titleFound(home.path(), QStringLiteral("collins"), QStringLiteral("pomme")), QStringLiteral("apple"));
 }
 
 }  // namespace

@@ -47,12 +47,9 @@ TEST(BrokenWords, AreJoinedByTheDictionaryThenByTheNextLinesCase)
         {"known in another case", {"The Document IT-", "SELF."}, "The Document ITSELF."},
     };
     for (const Case& c : cases) {
-        std::vector<PlannedLine> plans;
-        for (qsizetype i = 0; i < c.lines.size(); ++i)
-            plans.push_back({c.lines[i], 50.0 + linePitch * double(i)});
         Sentence sentence;
-        for (const PlannedLine& plan : plans) {
-            CharLine line = makeLine(plan);
+        for (qsizetype i = 0; i < c.lines.size(); ++i) {
+            CharLine line = makeLine({c.lines[i], 50.0 + linePitch * double(i)});
             line.back().lineEnd = true;
             sentence.insert(sentence.end(), line.begin(), line.end());
         }

@@ -49,4 +49,14 @@ QStringList textsOf(const Sentences& sentences)
     return texts;
 }
 
+std::vector<qsizetype> flagged(const Sentence& sentence, bool CharRecord::*flag)
+{
+    std::vector<qsizetype> offsets;
+    for (std::size_t i = 0; i < sentence.size(); ++i) {
+        if (sentence[i].*flag)
+            offsets.push_back(qsizetype(i));
+    }
+    return offsets;
+}
+
 }  // namespace lexicorn::testing

@@ -9,6 +9,7 @@
 
 #include <initializer_list>
 #include <ostream>
+#include <vector>
 
 // Readable QStrings in test failure messages.
 inline void PrintTo(const QString& text, std::ostream* out)
@@ -36,7 +37,10 @@ PageLines makePage(std::initializer_list<PlannedLine> plans);
 // Full-width lines, one pitch apart.
 PageLines regularPage(std::initializer_list<QString> texts);
 
+// Also the texts of a page's lines: a line is a Sentence too.
 QString textOf(const Sentence& sentence);
 QStringList textsOf(const Sentences& sentences);
+// Offsets of the characters that have the flag set, e.g. &CharRecord::lineEnd.
+std::vector<qsizetype> flagged(const Sentence& sentence, bool CharRecord::*flag);
 
 }  // namespace lexicorn::testing

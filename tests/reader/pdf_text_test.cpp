@@ -31,24 +31,6 @@ using host::PdfObjCAPI;
 
 const QString sampleBook = QStringLiteral(LEXICORN_SAMPLE_DIR "/books/sample-book.pdf");
 
-QStringList lineTexts(const PageLines& lines)
-{
-    QStringList texts;
-    for (const CharLine& line : lines)
-        texts.append(textOf(line));
-    return texts;
-}
-
-std::vector<qsizetype> lineEndOffsets(const Sentence& sentence)
-{
-    std::vector<qsizetype> offsets;
-    for (std::size_t i = 0; i < sentence.size(); ++i) {
-        if (sentence[i].lineEnd)
-            offsets.push_back(qsizetype(i));
-    }
-    return offsets;
-}
-
 Sentences sentencesOf(const PdfObjCAPI& document, int pageNo, const QString& book)
 {
     return HookPDFPageTextTool::sentencesOfPage(
@@ -135,57 +117,47 @@ const DrawnPage paragraphsPage{
 
 class PdfTextGenerated : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(dir_.isValid());
-        path_ = dir_.filePath(QStringLiteral("layout.pdf"));
-        writePdf(path_, {paragraphsPage, DrawnPage()});
-    }
+    void SetUp() override { writePdf(path_, {paragraphsPage, DrawnPage()}); }
 
     QTemporaryDir dir_;
-    QString path_;
+    const QString path_ = dir_.filePath(QStringLiteral("layout.pdf"));
 };
 
-TEST_F(PdfTextGenerated, LinesHoldTheDrawnWordsWithOneBlankBetweenThem)
+TEST_F(PdfTextGenerated, LinesHoldTheDrawnWordsAndTheCharactersFollowTheLayout)
 {
     const PdfObjCAPI document(path_);
     ASSERT_TRUE(document.isOpen());
     ASSERT_EQ(document.pageCount(), 2);
+    const PageLines lines = document.textContentsForPageNo_(1);
     QStringList expected;
     for (const DrawnLine& line : paragraphsPage)
         expected.append(line.text);
-    EXPECT_EQ(lineTexts(document.textContentsForPageNo_(1)), expected);
-}
-
-TEST_F(PdfTextGenerated, CharacterRectanglesFollowTheLayout)
-{
-    const PdfObjCAPI document(path_);
-    const PageLines lines = document.textContentsForPageNo_(1);
-    ASSERT_EQ(lines.size(), paragraphsPage.size());
+    ASSERT_EQ(textsOf(lines), expected);  // one blank between words
     for (std::size_t l = 0; l < lines.size(); ++l) {
+        SCOPED_TRACE("line " + std::to_string(l));
         const CharLine& line = lines[l];
-        ASSERT_FALSE(line.empty());
-        EXPECT_NEAR(line.front().rect.left(), left, 1.5) << "line " << l;
+        EXPECT_NEAR(line.front().rect.left(), left, 1.5);
         if (paragraphsPage[l].justified) {
-            EXPECT_NEAR(line.back().rect.right(), left + measure, 1.5) << "line " << l;
+            EXPECT_NEAR(line.back().rect.right(), left + measure, 1.5);
         } else {
-            EXPECT_LT(line.back().rect.right(), left + measure - 70) << "line " << l;
+            EXPECT_LT(line.back().rect.right(), left + measure - 70);
         }
         if (l > 0) {
-            EXPECT_NEAR(line.front().rect.top() - lines[l - 1].front().rect.top(), pitch, 0.3) << "line " << l;
+            EXPECT_NEAR(line.front().rect.top() - lines[l - 1].front().rect.top(), pitch, 0.3);
         }
         for (std::size_t i = 0; i < line.size(); ++i) {
+            SCOPED_TRACE("char " + std::to_string(i));
             const QRectF& rect = line[i].rect;
             // The character's own height, not the line's pitch.
-            EXPECT_GT(rect.height(), 8.0) << "line " << l << " char " << i;
-            EXPECT_LT(rect.height(), pitch) << "line " << l << " char " << i;
-            EXPECT_NEAR(rect.top(), line.front().rect.top(), 0.01) << "line " << l << " char " << i;
+            EXPECT_GT(rect.height(), 8.0);
+            EXPECT_LT(rect.height(), pitch);
+            EXPECT_NEAR(rect.top(), line.front().rect.top(), 0.01);
             if (i > 0) {
                 // Left to right without overlap; a blank fills the gap between words.
-                EXPECT_NEAR(rect.left(), line[i - 1].rect.right(), 0.05) << "line " << l << " char " << i;
+                EXPECT_NEAR(rect.left(), line[i - 1].rect.right(), 0.05);
             }
             if (line[i].ch != u' ') {
-                EXPECT_GT(rect.width(), 0.5) << "line " << l << " char " << i;
+                EXPECT_GT(rect.width(), 0.5);
             }
         }
     }
@@ -196,20 +168,18 @@ TEST_F(PdfTextGenerated, ParagraphsEndAtTheirShortLastLines)
     const PdfObjCAPI document(path_);
     const QString book = QStringLiteral("generated-paragraphs");
     const Sentences sentences = sentencesOf(document, 1, book);
-    EXPECT_EQ(textsOf(sentences),
+    ASSERT_EQ(textsOf(sentences),
               (QStringList{"The first paragraph has three lines of text thatare set full width so that the right edge is "
                            "evenand it ends here.",
                            "A second paragraph follows.",
                            "It has two lines thatfill the measure and then a short last line atthe end."}));
-    ASSERT_EQ(sentences.size(), 3u);
     // The first sentence is the first three printed lines, each ending flagged.
     const qsizetype first = paragraphsPage[0].text.size();
     const qsizetype second = first + paragraphsPage[1].text.size();
     const qsizetype third = second + paragraphsPage[2].text.size();
-    EXPECT_EQ(lineEndOffsets(sentences[0]), (std::vector<qsizetype>{first - 1, second - 1, third - 1}));
-    EXPECT_TRUE(sentences[0].back().sectionEnd);
-    EXPECT_FALSE(sentences[1].back().sectionEnd);
-    EXPECT_TRUE(sentences[2].back().sectionEnd);
+    EXPECT_EQ(flagged(sentences[0], &CharRecord::lineEnd), (std::vector<qsizetype>{first - 1, second - 1, third - 1}));
+    EXPECT_EQ((std::vector<bool>{sentences[0].back().sectionEnd, sentences[1].back().sectionEnd, sentences[2].back().sectionEnd}),
+              (std::vector<bool>{true, false, true}));
 }
 
 TEST_F(PdfTextGenerated, PagesWithoutTextGiveNothing)
@@ -311,7 +281,7 @@ TEST(PdfTextSampleBook, SentencesAreCutWhereTheBookSays)
                                         [&](const Sentence& s) { return textOf(s) == want.text; });
         ASSERT_NE(found, sentences.end()) << "page " << want.page << ": " << want.text.toStdString() << "\ngot:\n"
                                           << textsOf(sentences).join(u'\n').toStdString();
-        EXPECT_EQ(lineEndOffsets(*found), want.lineEnds) << want.text.toStdString();
+        EXPECT_EQ(flagged(*found, &CharRecord::lineEnd), want.lineEnds) << want.text.toStdString();
     }
 }
 
