@@ -142,10 +142,9 @@ TEST(Cli, LegacyRecordAsJson)
     const CliRun run = lexicorn({"legacy", "--home", home.path(), "--json", " Ran\n"});
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
     const QJsonObject record = QJsonDocument::fromJson(run.out.toUtf8()).object();
-    EXPECT_EQ(record.value("word").toString(), QStringLiteral(" Ran\n"));
-    EXPECT_EQ(record.value("formatedWord").toString(), QStringLiteral("run"));
-    EXPECT_EQ(record.value("star").toString(), QStringLiteral("5"));
-    EXPECT_EQ(record.value("defs").toArray().at(0).toObject().value("def_cn").toString(), QStringLiteral("跑"));
+    EXPECT_EQ((QStringList{record.value("word").toString(), record.value("formatedWord").toString(), record.value("star").toString(),
+                           record.value("defs").toArray().at(0).toObject().value("def_cn").toString()}),
+              (QStringList{" Ran\n", "run", "5", "跑"}));
 }
 
 TEST(Cli, DemoLooksUpEveryWordOfTheSampleBooksFirstPage)
