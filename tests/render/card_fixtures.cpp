@@ -99,12 +99,9 @@ AnkiCollection::AnkiCollection(const TempHome& home)
         return;
     KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
     anki.setIpString_(peer_.address());
-    QJsonArray fields;
-    for (const QString& item : contentItems)
-        fields.append(item);
     const QJsonObject model{
         {"modelName", "Lexicorn card"},
-        {"inOrderFields", fields},
+        {"inOrderFields", QJsonArray::fromStringList(contentItems)},
         {"cardTemplates", QJsonArray{QJsonObject{{"Front", "{{EXPRESSION}}"}, {"Back", "{{DEFINITION}}"}}}},
     };
     const auto made = anki.postRequestCommand_params_(QStringLiteral("createModel"), model);

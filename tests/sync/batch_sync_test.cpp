@@ -12,8 +12,6 @@
 #include "foundation/pasteboard.h"
 #include "foundation/user_defaults.h"
 
-#include <QCoreApplication>
-
 #include <gtest/gtest.h>
 
 #include <mutex>
