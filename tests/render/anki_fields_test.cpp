@@ -268,14 +268,10 @@ TEST_F(AnkiFields, SoundTagsNameTheFilesAsAnkiHoldsThem)
     }
 }
 
-// The name a sound tag gives, and that the files are in Anki's media folder.
-QString taggedFile(const QString& html, qsizetype which = 0)
+// The file name the first sound tag gives.
+QString taggedFile(const QString& html)
 {
-    QRegularExpressionMatchIterator tags = QRegularExpression(QStringLiteral("\\[sound:([^\\]]+)\\]")).globalMatch(html);
-    QString name;
-    for (qsizetype k = 0; k <= which && tags.hasNext(); ++k)
-        name = tags.next().captured(1);
-    return name;
+    return QRegularExpression(QStringLiteral("\\[sound:([^\\]]+)\\]")).match(html).captured(1);
 }
 
 QString sentenceKey(const QString& sentence)
