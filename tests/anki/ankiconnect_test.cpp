@@ -76,11 +76,12 @@ TEST_F(AnkiconnectTest, EveryWrapperSendsItsActionAndParameters)
         ASSERT_TRUE(reply) << c.name;
         const QJsonObject seen = reply->value("result").toObject();
         const QJsonObject headers = seen.value("headers").toObject();
-        EXPECT_EQ((QStringList{seen.value("method").toString(), seen.value("path").toString(), headers.value("Content-Type").toString(),
-                               headers.value("Accept").toString()}),
+        EXPECT_EQ((QStringList{seen.value("method").toString(), seen.value("path").toString(),
+                               headers.value("Content-Type").toString(), headers.value("Accept").toString()}),
                   (QStringList{"POST", "/", "application/json; charset=utf-8", "application/json"}))
             << c.name;
-        EXPECT_EQ(seen.value("body").toObject(), (QJsonObject{{"action", c.action}, {"params", c.params}, {"version", 6}})) << c.name;
+        EXPECT_EQ(seen.value("body").toObject(), (QJsonObject{{"action", c.action}, {"params", c.params}, {"version", 6}}))
+            << c.name;
     }
 
     // Without a deck name the query goes out alone.

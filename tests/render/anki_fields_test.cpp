@@ -188,8 +188,8 @@ TEST_F(AnkiFields, FieldNamesDecideWhereEachItemGoes)
     EXPECT_EQ(note->value("fields").toObject(), (QJsonObject{{"", "[sound:MN3_LW_take_us.mp3]"}}));
 
     // Two items under one name: the later one in the fixed order wins.
-    for (const auto& [item, name] : {std::pair{"EXPRESSION", "Front"}, {"AUDIO", "Front"}, {"READING", "Back"}, {"SENTENCE", "Back"},
-                                     {"DEFINITIONS", "Extra"}, {"URL", "Extra"}, {"EXTRAINFO", "Info"}})
+    for (const auto& [item, name] : {std::pair{"EXPRESSION", "Front"}, {"AUDIO", "Front"}, {"READING", "Back"},
+                                     {"SENTENCE", "Back"}, {"DEFINITIONS", "Extra"}, {"URL", "Extra"}, {"EXTRAINFO", "Info"}})
         defaults.set(QStringLiteral("ANKISET_") + QLatin1StringView(item), QString::fromUtf8(name));
     note = fields(take_);
     ASSERT_TRUE(note);

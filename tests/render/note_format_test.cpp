@@ -118,7 +118,8 @@ TEST(NoteFormat, DefinitionLinesAndTheirErrors)
         = parse(noteWith(title, {}, {QStringLiteral("她<b>拿</b>了。"), QStringLiteral(" sub \t💫 MOVE 🌒 带走 🌓 [T] 🌕 get hold of \t🇨🇳 拿；带走 ")}));
     ASSERT_TRUE(card) << card.error().message().toStdString();
     const EnWordDef& sense = *card->sense;
-    EXPECT_EQ((QStringList{card->sentenceCN, sense.subTitle, sense.signpos_en, sense.signpos_cn, sense.gram, sense.def_en, sense.def_cn}),
+    EXPECT_EQ((QStringList{card->sentenceCN, sense.subTitle, sense.signpos_en, sense.signpos_cn, sense.gram, sense.def_en,
+                           sense.def_cn}),
               (QStringList{"她<b>拿</b>了。", "sub", "MOVE", "带走", "T", "get hold of", "拿；带走"}));
     EXPECT_TRUE(sense.exts.empty());
     EXPECT_FALSE(card->appendHtml);

@@ -142,7 +142,8 @@ TEST_F(CardSync, CardsThatCannotBeSentSayWhy)
     CallbackLog log;
     asyncAddToAnkiWithTitle_wordDict_showHUD_(tookCard(QStringLiteral("CS-0005")), {}, QJsonObject{{"note", QJsonObject{}}},
                                               log.callback());
-    EXPECT_EQ(log.next(), (CallbackLog::Call{false, QStringLiteral("AnkiConnect error: Could not connect to the server."), true}));
+    const QString closed = QStringLiteral("AnkiConnect error: Could not connect to the server.");
+    EXPECT_EQ(log.next(), (CallbackLog::Call{false, closed, true}));
 }
 
 }  // namespace

@@ -66,7 +66,8 @@ struct CallbackLog {
 
 inline void PrintTo(const CallbackLog::Call& call, std::ostream* out)
 {
-    *out << (call.success ? "success: " : "failure: ") << call.message.toStdString() << (call.onMainThread ? "" : ", off the main thread");
+    *out << (call.success ? "success: " : "failure: ") << call.message.toStdString()
+         << (call.onMainThread ? "" : ", off the main thread");
 }
 
 }  // namespace lexicorn::testing
