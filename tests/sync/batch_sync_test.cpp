@@ -15,22 +15,15 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <utility>
 
 namespace lexicorn {
 namespace {
 
 using namespace std::chrono_literals;
 
-struct HeadsUpShown {
-    QString text;
-    double seconds;
-    bool operator==(const HeadsUpShown&) const = default;
-};
-
-void PrintTo(const HeadsUpShown& shown, std::ostream* out)
-{
-    *out << shown.text.toStdString() << " for " << shown.seconds << " s";
-}
+// A heads-up's text and how many seconds it shows.
+using HeadsUpShown = std::pair<QString, double>;
 
 class Sync : public testing::CardHome {
 protected:
