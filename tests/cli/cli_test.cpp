@@ -5,7 +5,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include "support/cli_run.h"
@@ -87,7 +86,7 @@ TEST(Cli, BadCallsSayWhatIsWrongOnOneLineAndFail)
     EXPECT_TRUE(bare.err.startsWith(QStringLiteral("usage: lexicorn"))) << bare.err.toStdString();
 }
 
-TEST(Cli, LookupPrintsOneJsonDocumentPerWord)
+TEST(Cli, LookupPrintsOneJsonDocumentPerWordAndLegacyTheRecord)
 {
     testing::TempHome home;
     home.writeDict(QStringLiteral("collins.json"), rawDictionary);
@@ -114,6 +113,13 @@ TEST(Cli, LookupPrintsOneJsonDocumentPerWord)
     ASSERT_EQ(readable.status, 0);
     EXPECT_TRUE(readable.out.contains(QStringLiteral("move fast  跑"))) << readable.out.toStdString();
     EXPECT_TRUE(readable.out.contains(QStringLiteral("He ran.  他跑了。")));
+
+    const CliRun legacy = lexicorn({"legacy", "--home", home.path(), "--json", " Ran\n"});
+    ASSERT_EQ(legacy.status, 0) << legacy.err.toStdString();
+    const QJsonObject record = QJsonDocument::fromJson(legacy.out.toUtf8()).object();
+    EXPECT_EQ((QStringList{record.value("word").toString(), record.value("formatedWord").toString(), record.value("star").toString(),
+                           record.value("defs").toArray().at(0).toObject().value("def_cn").toString()}),
+              (QStringList{" Ran\n", "run", "5", "跑"}));
 }
 
 TEST(Cli, ConvertWritesTheCacheAndReportsCountAndTime)
@@ -132,20 +138,6 @@ TEST(Cli, ConvertWritesTheCacheAndReportsCountAndTime)
     const CliRun lookup = lexicorn({"lookup", "--home", home.path(), "--json", "walk"});
     EXPECT_EQ(lookup.status, 0);
     EXPECT_TRUE(lookup.out.contains(QStringLiteral("move on foot")));
-}
-
-TEST(Cli, LegacyRecordAsJson)
-{
-    testing::TempHome home;
-    home.writeDict(QStringLiteral("collins.json"), rawDictionary);
-    home.writeDict(QStringLiteral("wordforms.json"), R"({"ran": "run"})");
-    const CliRun run = lexicorn({"legacy", "--home", home.path(), "--json", " Ran\n"});
-    ASSERT_EQ(run.status, 0) << run.err.toStdString();
-    const QJsonObject record = QJsonDocument::fromJson(run.out.toUtf8()).object();
-    EXPECT_EQ(record.value("word").toString(), QStringLiteral(" Ran\n"));
-    EXPECT_EQ(record.value("formatedWord").toString(), QStringLiteral("run"));
-    EXPECT_EQ(record.value("star").toString(), QStringLiteral("5"));
-    EXPECT_EQ(record.value("defs").toArray().at(0).toObject().value("def_cn").toString(), QStringLiteral("跑"));
 }
 
 TEST(Cli, DemoLooksUpEveryWordOfTheSampleBooksFirstPage)

@@ -7,10 +7,8 @@
 #include "host/app/host_application.h"
 #include "host/app/note_classes.h"
 
-#include "foundation/alerts.h"
 
 #include "runtime/runtime.h"
-
 
 #include <gtest/gtest.h>
 
@@ -22,16 +20,7 @@ using runtime::send;
 
 class HostedCards : public testing::CardHome {
 protected:
-    void SetUp() override
-    {
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
-            alerts_.append(message);
-            if (acknowledged)
-                acknowledged();
-        });
-    }
-    void TearDown() override { setAlertPresenter({}); }
-    QStringList alerts_;
+    testing::AlertLog alerts_;  // answers the disclaimer
 };
 
 TEST_F(HostedCards, NotesGainTheCardOperations)
@@ -44,7 +33,6 @@ TEST_F(HostedCards, NotesGainTheCardOperations)
 
     const host::HostApplication app = host::launchHost(QStringLiteral(LEXICORN_PLUGIN_PATH));
     ASSERT_TRUE(app.plugin.loaded) << app.plugin.problem.toStdString();
-    alerts_.clear();  // the disclaimer
 
     const auto card = host::makeBookNote(host::MbBookNote(*took));
     const auto plain = host::makeBookNote(host::MbBookNote(testing::plainNote(QStringLiteral("plain"), QStringLiteral("N3"))));

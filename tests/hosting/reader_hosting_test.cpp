@@ -2,13 +2,12 @@
 // plug-in's replacements, the running text of a selection from a real PDF,
 // the added properties and the middle-button panning.
 
-#include "support/temp_home.h"
+#include "card_fixtures.h"
 
 #include "host/app/event_classes.h"
 #include "host/app/host_application.h"
 #include "host/app/note_classes.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include "runtime/runtime.h"
@@ -32,17 +31,10 @@ class Reader : public ::testing::Test {
 protected:
     void launch(bool withPlugin)
     {
-        // Every alert is dismissed at once, as if the user pressed its button.
-        setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> acknowledged) {
-            if (acknowledged)
-                acknowledged();
-        });
         app_ = host::launchHost(withPlugin ? samplePluginPath : QString());
         ASSERT_EQ(app_.plugin.loaded, withPlugin) << app_.plugin.problem.toStdString();
         ASSERT_TRUE(app_.notebook);
     }
-    void TearDown() override { setAlertPresenter({}); }
-
     // Opens the sample book in the reader's book view.
     void openSampleBook()
     {
@@ -54,6 +46,7 @@ protected:
     }
 
     testing::TempHome home_;
+    testing::AlertLog alerts_;
     host::HostApplication app_;
 };
 

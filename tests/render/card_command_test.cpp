@@ -24,12 +24,12 @@ protected:
             home_.writeDict(QString::fromLatin1(name), testing::sampleFile(QString::fromLatin1(name)));
     }
 
-    QString writeNote(const QJsonObject& note)
+    QString writeNote(const QByteArray& contents)
     {
         const QString path = home_.path() + QStringLiteral("/note.json");
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QJsonDocument(note).toJson());
+        file.write(contents);
         return path;
     }
 };
@@ -61,7 +61,7 @@ TEST_F(CardCommand, MakeAndFieldsPrintTheNoteOrTheError)
     EXPECT_EQ(parsed(collins).value("notes").toArray().at(0).toObject().value("text").toString(), QString());  // no translation
 
     note.insert("noteid", "N-7");
-    const QString path = writeNote(note);
+    const QString path = writeNote(QJsonDocument(note).toJson());
     testing::AnkiCollection anki(home_);
     ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
     const QString stored = KSWAnkiconnect::shareInstance().ipString();
@@ -79,10 +79,7 @@ TEST_F(CardCommand, MakeAndFieldsPrintTheNoteOrTheError)
     // The sense was found in the dictionary the title names: no alert.
     EXPECT_FALSE(fields.err.contains(QStringLiteral("索引错误"))) << fields.err.toStdString();
 
-    QFile notJsonFile(path);
-    ASSERT_TRUE(notJsonFile.open(QIODevice::WriteOnly));
-    notJsonFile.write("took;🗣");
-    notJsonFile.close();
+    writeNote("took;🗣");
     const CliRun notJson = lexicorn({"card", "fields", "--ip", stored, path});
     EXPECT_EQ(notJson.status, 2);
     EXPECT_EQ(parsed(notJson).value("code").toInt(), 10000);

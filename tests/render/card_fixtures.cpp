@@ -7,6 +7,7 @@
 #include "lexicorn/services/ksw_translate.h"
 #include "lexicorn/services/voice_endpoint.h"
 
+#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include <QDir>
@@ -28,6 +29,20 @@ CardHome::CardHome()
 void CardHome::setVoiceHost(const QString& address)
 {
     UserDefaults::standard().set(keys::voiceHost, QStringLiteral("http://") + address);
+}
+
+AlertLog::AlertLog()
+{
+    setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
+        messages << message;
+        if (acknowledged)
+            acknowledged();
+    });
+}
+
+AlertLog::~AlertLog()
+{
+    setAlertPresenter({});
 }
 
 QJsonObject commentRecord(const QString& type, const QString& text, const QString& html)
@@ -84,12 +99,9 @@ AnkiCollection::AnkiCollection(const TempHome& home)
         return;
     KSWAnkiconnect& anki = KSWAnkiconnect::shareInstance();
     anki.setIpString_(peer_.address());
-    QJsonArray fields;
-    for (const QString& item : contentItems)
-        fields.append(item);
     const QJsonObject model{
         {"modelName", "Lexicorn card"},
-        {"inOrderFields", fields},
+        {"inOrderFields", QJsonArray::fromStringList(contentItems)},
         {"cardTemplates", QJsonArray{QJsonObject{{"Front", "{{EXPRESSION}}"}, {"Back", "{{DEFINITION}}"}}}},
     };
     const auto made = anki.postRequestCommand_params_(QStringLiteral("createModel"), model);

@@ -41,6 +41,17 @@ protected:
     TempHome home_;
 };
 
+// While it lives, every alert is answered at once, as if the user pressed its
+// button, and its message kept.
+class AlertLog {
+public:
+    AlertLog();
+    ~AlertLog();
+    AlertLog(const AlertLog&) = delete;
+    AlertLog& operator=(const AlertLog&) = delete;
+    QStringList messages;
+};
+
 // A note with the given title, excerpt and comment texts (TextNote records,
 // the first two in the groups the popup gives them).
 NoteRecord noteWith(const QString& title, const QString& excerpt, const QStringList& comments, const QString& noteid = {});

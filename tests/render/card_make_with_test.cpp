@@ -1,12 +1,9 @@
-#include "card_fixtures.h"
+#include "sync_fixtures.h"
 
 #include "lexicorn/anki/anki_reply.h"
 #include "lexicorn/anki/ksw_ankiconnect.h"
-#include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/render/note_format.h"
-#include "lexicorn/render/note_writer.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include <QCoreApplication>
@@ -24,33 +21,22 @@ using testing::AnkiCollection;
 // "take", first sense.
 NoteRecord tookCard(const QString& noteid)
 {
-    const DictDataPtr lookup = EnWordServer::shared().query(QStringLiteral("took"), QStringLiteral("She took the book home."));
-    std::optional<NoteRecord> note = makeDictNote(*lookup, 1, 0, QStringLiteral("她把书带回家了。"));
+    std::optional<NoteRecord> note = testing::cardFor("took", "She took the book home.", 1, 0, noteid);
     EXPECT_TRUE(note);
-    note->noteid = noteid;
-    return *note;
+    return note.value_or(NoteRecord{});
 }
 
 class CardMakeWith : public testing::CardHome {
 protected:
-    void SetUp() override
-    {
-        testing::loadSampleDictionary(0);
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
-            alerts_ << message;
-            if (acknowledged)
-                acknowledged();
-        });
-    }
-    void TearDown() override { setAlertPresenter({}); }
+    void SetUp() override { testing::loadSampleDictionary(0); }
 
     QStringList takeAlerts()
     {
         QCoreApplication::processEvents();
-        return std::exchange(alerts_, {});
+        return std::exchange(alerts_.messages, {});
     }
 
-    QStringList alerts_;
+    testing::AlertLog alerts_;
 };
 
 TEST_F(CardMakeWith, AnkiDecidesBetweenNewCardUpdateAndError)

@@ -26,37 +26,24 @@ CardResult<ParsedCard> parseTitle(const QString& title)
 
 TEST(NoteFormat, TitlesParseFromTheRight)
 {
-    struct Case {
-        const char* title;
-        const char* word;
-        const char* headword;
-        int section;
-        int item;
-        const char* readings;
-        const char* star;
-        const char* pos;
-    };
-    const Case cases[] = {
-        {"take;🗣/teɪk/🔝3༒verb📇0-1🔚;", "take", "take", 0, 1, "/teɪk/", "3", "verb"},
+    // Each row: the title, then word, headword, section, item, readings, star, part of speech.
+    const std::vector<QStringList> cases = {
+        {"take;🗣/teɪk/🔝3༒verb📇0-1🔚;", "take", "take", "0", "1", "/teɪk/", "3", "verb"},
         // The head's last character is dropped whatever it is.
-        {"take🗣/teɪk/🔝3༒verb📇0-1🔚;", "tak", "tak", 0, 1, "/teɪk/", "3", "verb"},
-        {"took; take;🗣🔝༒📇2-0-1🔚;my note", "took", "take", 2, 0, "", "", ""},
-        {" took ;\ttake ;🗣 /tʊk/ 🔝 ●● ༒ verb \t📇 12-7 🔚;", "took", "take", 12, 7, "/tʊk/", "●●", "verb"},
+        {"take🗣/teɪk/🔝3༒verb📇0-1🔚;", "tak", "tak", "0", "1", "/teɪk/", "3", "verb"},
+        {"took; take;🗣🔝༒📇2-0-1🔚;my note", "took", "take", "2", "0", "", "", ""},
+        {" took ;\ttake ;🗣 /tʊk/ 🔝 ●● ༒ verb \t📇 12-7 🔚;", "took", "take", "12", "7", "/tʊk/", "●●", "verb"},
         // Readings may hold semicolons: the head is what stands before "🗣".
-        {"a lot of;🗣/ə; lɒt/🔝༒📇1-1🔚; 🔚 x", "a lot of", "a lot of", 1, 1, "/ə; lɒt/", "", ""},
+        {"a lot of;🗣/ə; lɒt/🔝༒📇1-1🔚; 🔚 x", "a lot of", "a lot of", "1", "1", "/ə; lɒt/", "", ""},
         // A piece that is empty after trimming does not count.
-        {"take;;🗣🔝༒📇1-0🔚;", "take", "take", 1, 0, "", "", ""},
+        {"take;;🗣🔝༒📇1-0🔚;", "take", "take", "1", "0", "", "", ""},
     };
-    for (const Case& c : cases) {
-        const CardResult<ParsedCard> card = parseTitle(QString::fromUtf8(c.title));
-        ASSERT_TRUE(card) << c.title << "\n" << card.error().message().toStdString();
-        EXPECT_EQ(card->word, QString::fromUtf8(c.word)) << c.title;
-        EXPECT_EQ(card->headword, QString::fromUtf8(c.headword)) << c.title;
-        EXPECT_EQ(card->section, c.section) << c.title;
-        EXPECT_EQ(card->item, c.item) << c.title;
-        EXPECT_EQ(card->readings, QString::fromUtf8(c.readings)) << c.title;
-        EXPECT_EQ(card->star, QString::fromUtf8(c.star)) << c.title;
-        EXPECT_EQ(card->pos, QString::fromUtf8(c.pos)) << c.title;
+    for (const QStringList& c : cases) {
+        const CardResult<ParsedCard> card = parseTitle(c[0]);
+        ASSERT_TRUE(card) << c[0].toStdString() << "\n" << card.error().message().toStdString();
+        EXPECT_EQ((QStringList{c[0], card->word, card->headword, QString::number(card->section), QString::number(card->item),
+                               card->readings, card->star, card->pos}),
+                  c);
     }
 }
 
@@ -130,14 +117,11 @@ TEST(NoteFormat, DefinitionLinesAndTheirErrors)
     const CardResult<ParsedCard> card
         = parse(noteWith(title, {}, {QStringLiteral("她<b>拿</b>了。"), QStringLiteral(" sub \t💫 MOVE 🌒 带走 🌓 [T] 🌕 get hold of \t🇨🇳 拿；带走 ")}));
     ASSERT_TRUE(card) << card.error().message().toStdString();
-    EXPECT_EQ(card->sentenceCN, QStringLiteral("她<b>拿</b>了。"));
-    EXPECT_EQ(card->sense->subTitle, QStringLiteral("sub"));
-    EXPECT_EQ(card->sense->signpos_en, QStringLiteral("MOVE"));
-    EXPECT_EQ(card->sense->signpos_cn, QStringLiteral("带走"));
-    EXPECT_EQ(card->sense->gram, QStringLiteral("T"));
-    EXPECT_EQ(card->sense->def_en, QStringLiteral("get hold of"));
-    EXPECT_EQ(card->sense->def_cn, QStringLiteral("拿；带走"));
-    EXPECT_TRUE(card->sense->exts.empty());
+    const EnWordDef& sense = *card->sense;
+    EXPECT_EQ((QStringList{card->sentenceCN, sense.subTitle, sense.signpos_en, sense.signpos_cn, sense.gram, sense.def_en,
+                           sense.def_cn}),
+              (QStringList{"她<b>拿</b>了。", "sub", "MOVE", "带走", "T", "get hold of", "拿；带走"}));
+    EXPECT_TRUE(sense.exts.empty());
     EXPECT_FALSE(card->appendHtml);
 
     struct Gram {
@@ -157,14 +141,14 @@ TEST(NoteFormat, ExampleLinesKeepTheirOrder)
     const QString title = QStringLiteral("run;🗣🔝༒📇1-0🔚;");
     struct Case {
         const char* block;
-        std::vector<std::pair<const char*, const char*>> examples;
+        QStringList examples;  // English, Chinese and speaker of each
         const char* failingLine;
     };
     const Case cases[] = {
-        {"💫🌒🌓🌕move fast🇨🇳跑\n📌He ran.🇨🇳他跑了。", {{"He ran.", "他跑了。"}}, nullptr},
-        {"💫🌒🌓🌕move fast🇨🇳跑\n📌 He ran. \t🇨🇳 他跑了。 \n📌Run!🇨🇳跑！", {{"He ran.", "他跑了。"}, {"Run!", "跑！"}}, nullptr},
-        {"💫🌒🌓🌕move fast🇨🇳跑\n(1) 📌He ran.🇨🇳他跑了。", {{"He ran.", "他跑了。"}}, nullptr},
-        {"💫🌒🌓🌕move fast🇨🇳跑\n📌<b>Run</b>, Forrest!🇨🇳跑！", {{"<b>Run</b>, Forrest!", "跑！"}}, nullptr},
+        {"💫🌒🌓🌕move fast🇨🇳跑\n📌He ran.🇨🇳他跑了。", {"He ran.", "他跑了。", ""}, nullptr},
+        {"💫🌒🌓🌕move fast🇨🇳跑\n📌 He ran. \t🇨🇳 他跑了。 \n📌Run!🇨🇳跑！", {"He ran.", "他跑了。", "", "Run!", "跑！", ""}, nullptr},
+        {"💫🌒🌓🌕move fast🇨🇳跑\n(1) 📌He ran.🇨🇳他跑了。", {"He ran.", "他跑了。", ""}, nullptr},
+        {"💫🌒🌓🌕move fast🇨🇳跑\n📌<b>Run</b>, Forrest!🇨🇳跑！", {"<b>Run</b>, Forrest!", "跑！", ""}, nullptr},
         {"💫🌒🌓🌕move fast🇨🇳跑\nHe ran.🇨🇳他跑了。", {}, "He ran.🇨🇳他跑了。"},
         {"💫🌒🌓🌕move fast🇨🇳跑\n📌He ran.", {}, "📌He ran."},
         {"💫🌒🌓🌕move fast🇨🇳跑\n📌He ran.🇨🇳他🇨🇳跑了。", {}, "📌He ran.🇨🇳他🇨🇳跑了。"},
@@ -180,12 +164,10 @@ TEST(NoteFormat, ExampleLinesKeepTheirOrder)
             continue;
         }
         ASSERT_TRUE(card) << c.block << "\n" << card.error().message().toStdString();
-        ASSERT_EQ(card->sense->exts.size(), c.examples.size()) << c.block;
-        for (std::size_t k = 0; k < c.examples.size(); ++k) {
-            EXPECT_EQ(card->sense->exts[k]->en, QString::fromUtf8(c.examples[k].first)) << c.block;
-            EXPECT_EQ(card->sense->exts[k]->cn, QString::fromUtf8(c.examples[k].second)) << c.block;
-            EXPECT_TRUE(card->sense->exts[k]->speaker.isEmpty());
-        }
+        QStringList read;
+        for (const EnWordExtPtr& example : card->sense->exts)
+            read << example->en << example->cn << example->speaker;
+        EXPECT_EQ(read, c.examples) << c.block;
     }
 }
 

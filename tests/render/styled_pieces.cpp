@@ -61,16 +61,8 @@ std::string describe(const Pieces& pieces)
             joined.emplace_back(text, attributes);
     }
     std::string out;
-    for (const auto& [text, attributes] : joined) {
-        out += "«";
-        out += text.toStdString();
-        out += "»";
-        if (!attributes.isEmpty()) {
-            out += '{';
-            out += describe(attributes);
-            out += '}';
-        }
-    }
+    for (const auto& [text, attributes] : joined)
+        out += "«" + text.toStdString() + "»" + (attributes.isEmpty() ? std::string() : "{" + describe(attributes) + "}");
     return out;
 }
 

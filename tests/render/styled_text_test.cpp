@@ -43,97 +43,65 @@ TEST(StyledText, EditsKeepEachUnitsAttributes)
 {
     struct Case {
         const char* name;
-        std::function<StyledText()> make;
+        StyledText text;
+        std::function<void(StyledText&)> edit;
         Pieces expected;
     };
     const Case cases[] = {
-        {"equal neighbours make one run",
-         [] {
-             StyledText text;
-             text.append(QStringLiteral("ab"), red);
+        {"equal neighbours make one run", StyledText(QStringLiteral("ab"), red),
+         [](StyledText& text) {
              text.append(QStringLiteral("cd"), red);
              text.append(QString(), big);
-             return text;
          },
          {{"abcd", red}}},
-        {"appending styled text joins at the seam",
-         [] {
-             StyledText text(QStringLiteral("ab"), red);
+        {"appending styled text joins at the seam", StyledText(QStringLiteral("ab"), red),
+         [](StyledText& text) {
              StyledText tail(QStringLiteral("cd"), red);
              tail.append(QStringLiteral("ef"));
              text.append(tail);
-             return text;
          },
          {{"abcd", red}, {"ef", {}}}},
-        {"attributes added inside one run split it in three",
-         [] {
-             StyledText text(QStringLiteral("There is a cat."), big);
-             text.addAttributes(9, 1, red);
-             return text;
-         },
+        {"attributes added inside one run split it in three", StyledText(QStringLiteral("There is a cat."), big),
+         [](StyledText& text) { text.addAttributes(9, 1, red); },
          {{"There is ", big}, {"a", attributes(redColour, 18)}, {" cat.", big}}},
-        {"attributes added across runs keep what each run had",
-         [] {
-             StyledText text = threeStretches();
-             text.addAttributes(1, 4, grey);
-             return text;
-         },
+        {"attributes added across runs keep what each run had", threeStretches(),
+         [](StyledText& text) { text.addAttributes(1, 4, grey); },
          {{"a", red}, {"b", attributes(redColour, {}, greyColour)}, {"cd", grey}, {"e", attributes({}, 18, greyColour)}, {"f", big}}},
-        {"an added colour replaces the old one",
-         [] {
-             StyledText text(QStringLiteral("abc"), grey);
+        {"an added colour replaces the old one", StyledText(QStringLiteral("abc"), grey),
+         [](StyledText& text) {
              text.addAttributes(0, 3, red);
              text.addAttributes(0, 3, attributes(Rgba{0, 0, 255}));
-             return text;
          },
          {{"abc", attributes(Rgba{0, 0, 255}, {}, greyColour)}}},
-        {"a range past the end is cut at the end",
-         [] {
-             StyledText text(QStringLiteral("abc"));
+        {"a range past the end is cut at the end", StyledText(QStringLiteral("abc")),
+         [](StyledText& text) {
              text.addAttributes(2, 50, red);
              text.addAttributes(-3, 4, big);
-             return text;
          },
          {{"a", big}, {"b", {}}, {"c", red}}},
-        {"a deletion inside a run shortens it and shifts the rest",
-         [] {
-             StyledText text = threeStretches();
-             text.replace(2, 1, StyledText());
-             return text;
-         },
+        {"a deletion inside a run shortens it and shifts the rest", threeStretches(),
+         [](StyledText& text) { text.replace(2, 1, StyledText()); },
          {{"ab", red}, {"d", {}}, {"ef", big}}},
-        {"deleting what stood between equal runs joins them",
-         [] {
-             StyledText text(QStringLiteral("ab"), red);
+        {"deleting what stood between equal runs joins them", StyledText(QStringLiteral("ab"), red),
+         [](StyledText& text) {
              text.append(QStringLiteral("<b>"));
              text.append(QStringLiteral("cd"), red);
              text.replace(2, 3, StyledText());
-             return text;
          },
          {{"abcd", red}}},
-        {"a styled replacement across runs takes the place of both ends",
-         [] {
-             StyledText text = threeStretches();
-             text.replace(1, 4, StyledText(QStringLiteral("XYZ"), grey));
-             return text;
-         },
+        {"a styled replacement across runs takes the place of both ends", threeStretches(),
+         [](StyledText& text) { text.replace(1, 4, StyledText(QStringLiteral("XYZ"), grey)); },
          {{"a", red}, {"XYZ", grey}, {"f", big}}},
-        {"an insertion at a run boundary splits nothing",
-         [] {
-             StyledText text = threeStretches();
-             text.replace(4, 0, StyledText(QStringLiteral("+"), red));
-             return text;
-         },
+        {"an insertion at a run boundary splits nothing", threeStretches(),
+         [](StyledText& text) { text.replace(4, 0, StyledText(QStringLiteral("+"), red)); },
          {{"ab", red}, {"cd", {}}, {"+", red}, {"ef", big}}},
-        {"mid keeps the parts of the runs inside it",
-         [] { return threeStretches().mid(1, 4); },
+        {"mid keeps the parts of the runs inside it", threeStretches(), [](StyledText& text) { text = text.mid(1, 4); },
          {{"b", red}, {"cd", {}}, {"e", big}}},
-        {"mid past the end stops at the end",
-         [] { return threeStretches().mid(5, 10); },
-         {{"f", big}}},
+        {"mid past the end stops at the end", threeStretches(), [](StyledText& text) { text = text.mid(5, 10); }, {{"f", big}}},
     };
     for (const Case& c : cases) {
-        const StyledText text = c.make();
+        StyledText text = c.text;
+        c.edit(text);
         EXPECT_EQ(describe(text), describe(c.expected)) << c.name;
         // Runs are in order, never empty, never unstyled, and inside the text.
         qsizetype end = 0;

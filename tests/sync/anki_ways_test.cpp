@@ -10,7 +10,6 @@
 #include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/note_format.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include <QRegularExpression>
@@ -25,13 +24,8 @@ protected:
     void SetUp() override
     {
         testing::loadSampleDictionary(0);
-        setAlertPresenter([](const QString&, const QString&, const QString&, std::function<void()> acknowledged) {
-            if (acknowledged)
-                acknowledged();
-        });
         ASSERT_TRUE(anki_.ready()) << anki_.problem().toStdString();
     }
-    void TearDown() override { setAlertPresenter({}); }
 
     static KSWAnkiconnect::Reply ask(const QString& action, const QJsonObject& params)
     {
@@ -67,6 +61,7 @@ protected:
         return decks;
     }
 
+    testing::AlertLog alerts_;
     testing::SyncPeer anki_{home_};
 };
 

@@ -9,31 +9,21 @@
 #include "lexicorn/render/anki_fields.h"
 #include "lexicorn/render/note_format.h"
 
-#include "foundation/alerts.h"
 #include "foundation/pasteboard.h"
 #include "foundation/user_defaults.h"
-
-#include <QCoreApplication>
 
 #include <gtest/gtest.h>
 
 #include <mutex>
+#include <utility>
 
 namespace lexicorn {
 namespace {
 
 using namespace std::chrono_literals;
 
-struct HeadsUpShown {
-    QString text;
-    double seconds;
-    bool operator==(const HeadsUpShown&) const = default;
-};
-
-void PrintTo(const HeadsUpShown& shown, std::ostream* out)
-{
-    *out << shown.text.toStdString() << " for " << shown.seconds << " s";
-}
+// A heads-up's text and how many seconds it shows.
+using HeadsUpShown = std::pair<QString, double>;
 
 class Sync : public testing::CardHome {
 protected:
@@ -41,13 +31,7 @@ protected:
     {
         // Many copies of one card: Anki must take notes with the same first field.
         UserDefaults::standard().set(ankiset::duplicate, QStringLiteral("YES"));
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
-            alerts_ << message;
-            if (acknowledged)
-                acknowledged();
-        });
     }
-    void TearDown() override { setAlertPresenter({}); }
 
     BatchSync makeBatch(BatchSync::Progress progress = {})
     {
@@ -57,12 +41,12 @@ protected:
     // Starts the batch and waits for its summary and its end.
     QString runToSummary(BatchSync& batch, const BatchSync::NoteList& notes)
     {
-        alerts_.clear();
+        alerts_.messages.clear();
         batch.dictUpdateToAnki(notes, QStringLiteral("Sample"));
-        const bool ended = testing::runEventsUntil([&] { return !alerts_.isEmpty() && !batch.isUpdating(); }, 3min);
+        const bool ended = testing::runEventsUntil([&] { return !alerts_.messages.isEmpty() && !batch.isUpdating(); }, 3min);
         EXPECT_TRUE(ended) << "the batch did not end";
-        EXPECT_EQ(alerts_.size(), 1);
-        return alerts_.value(0);
+        EXPECT_EQ(alerts_.messages.size(), 1);
+        return alerts_.messages.value(0);
     }
 
     // The popup's card for "took" with the note id given.
@@ -86,7 +70,7 @@ protected:
     }
 
     QList<HeadsUpShown> headsUps_;
-    QStringList alerts_;
+    testing::AlertLog alerts_;
     std::optional<NoteRecord> took_;
 };
 
@@ -108,7 +92,7 @@ TEST_F(Sync, StartChecksComeFirst)
     EXPECT_EQ(headsUps_, (QList<HeadsUpShown>{{QStringLiteral("批量更新未完成，请稍后重试！"), 2.0}}));
     EXPECT_TRUE(batch.isUpdating());
     testing::runEventsUntil([] { return false; }, 200ms);
-    EXPECT_TRUE(alerts_.isEmpty()) << "nothing ran";
+    EXPECT_TRUE(alerts_.messages.isEmpty()) << "nothing ran";
 
     // An empty selection runs and ends at once.
     batch.setIsUpdating(false);

@@ -8,7 +8,6 @@
 #include "lexicorn/dictionary/en_word_server.h"
 #include "lexicorn/render/anki_fields.h"
 
-#include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
 #include <QCoreApplication>
@@ -22,17 +21,7 @@ using testing::CallbackLog;
 
 class CardSync : public testing::CardHome {
 protected:
-    void SetUp() override
-    {
-        testing::loadSampleDictionary(0);
-        // Alerts of the card rebuild would otherwise only be logged.
-        setAlertPresenter([this](const QString&, const QString& message, const QString&, std::function<void()> acknowledged) {
-            alerts_ << message;
-            if (acknowledged)
-                acknowledged();
-        });
-    }
-    void TearDown() override { setAlertPresenter({}); }
+    void SetUp() override { testing::loadSampleDictionary(0); }
 
     // The popup's card for "took": LDOCE's "take", first sense.
     std::shared_ptr<JsonDictNote> tookCard(const QString& noteid)
@@ -55,7 +44,7 @@ protected:
         return QJsonObject{{"note", fields}};
     }
 
-    QStringList alerts_;
+    testing::AlertLog alerts_;  // alerts of a card rebuild would otherwise only be logged
 };
 
 TEST_F(CardSync, AddThenUpdateFollowsTheAnkiNote)
@@ -68,13 +57,10 @@ TEST_F(CardSync, AddThenUpdateFollowsTheAnkiNote)
 
     // Added with what the popup made.
     asyncAddToAnkiWithTitle_wordDict_showHUD_(card, QStringLiteral("Sample"), popupParams(noteid), log.callback());
-    std::optional<CallbackLog::Call> call = log.next();
-    ASSERT_TRUE(call);
-    EXPECT_TRUE(call->success) << call->message.toStdString();
-    EXPECT_EQ(call->message, QStringLiteral("👍 Anki 成功添加卡片：took"));
-    EXPECT_TRUE(call->onMainThread);
+    EXPECT_EQ(log.next(), (CallbackLog::Call{true, QStringLiteral("👍 Anki 成功添加卡片：took"), true}));
     const QJsonArray added = anki.notesHolding(noteid);
     ASSERT_EQ(added.size(), 1);
+    const CallbackLog::Call synced{true, QStringLiteral("👍 Anki 同步完成卡片：took"), true};
 
     // The note's translation edited: the same Anki note takes the new text.
     NoteRecord edited = card->record();
@@ -82,11 +68,7 @@ TEST_F(CardSync, AddThenUpdateFollowsTheAnkiNote)
     translation["text"] = QStringLiteral("她把那本书带回了家。");
     edited.notes[0] = translation;
     asyncUpdateToAnkiWithTitle_showHUD_(std::make_shared<JsonDictNote>(edited), QStringLiteral("Sample"), log.callback());
-    call = log.next();
-    ASSERT_TRUE(call);
-    EXPECT_TRUE(call->success) << call->message.toStdString();
-    EXPECT_EQ(call->message, QStringLiteral("👍 Anki 同步完成卡片：took"));
-    EXPECT_TRUE(call->onMainThread);
+    EXPECT_EQ(log.next(), synced);
     EXPECT_EQ(anki.notesHolding(noteid), added);
     const QString extra = anki.fieldsOf(added[0]).value("EXTRAINFO").toString();
     EXPECT_TRUE(extra.contains(QStringLiteral("她把那本书带回了家。"))) << extra.toStdString();
@@ -96,10 +78,7 @@ TEST_F(CardSync, AddThenUpdateFollowsTheAnkiNote)
     anki.deleteNote(added[0]);
     ASSERT_TRUE(anki.notesHolding(noteid).isEmpty());
     asyncUpdateToAnkiWithTitle_showHUD_(card, QStringLiteral("Sample"), log.callback());
-    call = log.next();
-    ASSERT_TRUE(call);
-    EXPECT_TRUE(call->success) << call->message.toStdString();
-    EXPECT_EQ(call->message, QStringLiteral("👍 Anki 同步完成卡片：took"));
+    EXPECT_EQ(log.next(), synced);
     const QJsonArray again = anki.notesHolding(noteid);
     ASSERT_EQ(again.size(), 1);
     EXPECT_NE(again[0], added[0]);
@@ -108,14 +87,14 @@ TEST_F(CardSync, AddThenUpdateFollowsTheAnkiNote)
     const std::shared_ptr<JsonDictNote> other = tookCard(QStringLiteral("CS-0002"));
     asyncAddToAnkiWithTitle_wordDict_showHUD_(other, {}, popupParams(QStringLiteral("CS-0002"), QStringLiteral("No such deck")),
                                               log.callback());
-    call = log.next();
+    const std::optional<CallbackLog::Call> call = log.next();
     ASSERT_TRUE(call);
     EXPECT_FALSE(call->success);
     EXPECT_FALSE(call->message.isEmpty());
     EXPECT_NE(call->message, QStringLiteral("AnkiConnect error: Could not connect to the server."));
     EXPECT_TRUE(anki.notesHolding(QStringLiteral("CS-0002")).isEmpty());
 
-    EXPECT_TRUE(alerts_.isEmpty()) << alerts_.join(u'\n').toStdString();
+    EXPECT_TRUE(alerts_.messages.isEmpty()) << alerts_.messages.join(u'\n').toStdString();
     QCoreApplication::processEvents();
     EXPECT_TRUE(log.calls.isEmpty()) << "one callback per operation";
 }
@@ -149,11 +128,7 @@ TEST_F(CardSync, CardsThatCannotBeSentSayWhy)
         const JsonDictNote note(c.note);
         updateToAnkiWithTitle_showHUD_(note, QStringLiteral("Sample"), log.callback());
         EXPECT_TRUE(log.calls.isEmpty()) << c.name << ": the callback waits for the main queue";
-        const std::optional<CallbackLog::Call> call = log.next();
-        ASSERT_TRUE(call) << c.name;
-        EXPECT_FALSE(call->success) << c.name;
-        EXPECT_EQ(call->message, c.message) << c.name;
-        EXPECT_TRUE(call->onMainThread) << c.name;
+        EXPECT_EQ(log.next(), (CallbackLog::Call{false, c.message, true})) << c.name;
         EXPECT_EQ(note.record().toJson(), c.note.toJson()) << c.name;
     }
 
@@ -167,11 +142,8 @@ TEST_F(CardSync, CardsThatCannotBeSentSayWhy)
     CallbackLog log;
     asyncAddToAnkiWithTitle_wordDict_showHUD_(tookCard(QStringLiteral("CS-0005")), {}, QJsonObject{{"note", QJsonObject{}}},
                                               log.callback());
-    const std::optional<CallbackLog::Call> call = log.next();
-    ASSERT_TRUE(call);
-    EXPECT_FALSE(call->success);
-    EXPECT_EQ(call->message, QStringLiteral("AnkiConnect error: Could not connect to the server."));
-    EXPECT_TRUE(call->onMainThread);
+    const QString closed = QStringLiteral("AnkiConnect error: Could not connect to the server.");
+    EXPECT_EQ(log.next(), (CallbackLog::Call{false, closed, true}));
 }
 
 }  // namespace

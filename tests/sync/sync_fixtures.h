@@ -17,6 +17,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 
 namespace lexicorn::testing {
 
@@ -55,11 +56,18 @@ struct CallbackLog {
         bool success;
         QString message;
         bool onMainThread;
+        bool operator==(const Call&) const = default;
     };
     QList<Call> calls;
     std::function<void(bool, const QString&)> callback();
     // Waits for the next call (generously bounded) and takes it.
     std::optional<Call> next();
 };
+
+inline void PrintTo(const CallbackLog::Call& call, std::ostream* out)
+{
+    *out << (call.success ? "success: " : "failure: ") << call.message.toStdString()
+         << (call.onMainThread ? "" : ", off the main thread");
+}
 
 }  // namespace lexicorn::testing

@@ -80,6 +80,7 @@ TEST_F(SyncKilled, KilledInTheMiddleOfABatchLeavesTheNotebookReadableAndUnchange
 
     const QString bookMd5 = QStringLiteral("0123456789abcdef0123456789abcdef");
     constexpr int noteCount = 300;
+    std::vector<host::MbBookNote> notesBefore;
     {
         host::Notebook notebook;
         ASSERT_TRUE(notebook.open()) << notebook.errorString().toStdString();
@@ -98,11 +99,6 @@ TEST_F(SyncKilled, KilledInTheMiddleOfABatchLeavesTheNotebookReadableAndUnchange
             note.setBookMd5(number % 5 ? bookMd5 : QString());
             ASSERT_TRUE(notebook.add(note)) << notebook.errorString().toStdString();
         }
-    }
-    std::vector<host::MbBookNote> notesBefore;
-    {
-        host::Notebook notebook;
-        ASSERT_TRUE(notebook.open()) << notebook.errorString().toStdString();
         notesBefore = notebook.notes();
     }
     ASSERT_EQ(notesBefore.size(), std::size_t(noteCount));
