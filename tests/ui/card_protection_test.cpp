@@ -85,19 +85,8 @@ protected:
     // opens the popup once it is there.
     void waitForTheDictionary()
     {
-        const host::ui::PageWord word = host::ui::wordsOnPage(sampleBook, 1, 5).front();
-        QWidget& viewport = *window_->canvas().viewport();
-        for (int attempt = 0; attempt < 300; ++attempt) {
-            host::ui::dragWithMouse(viewport, window_->pageToViewport(1, QPointF(word.area.left() + 1, word.area.center().y())),
-                                    window_->pageToViewport(1, QPointF(word.area.right() - 1, word.area.center().y())));
-            const ObjectRef container = send<ObjectRef>(*app_.bookView, "enDictContainer");
-            if (container && !send<bool>(*container, "isHidden")) {
-                send<void>(*container, "setHidden:", true);
-                return;
-            }
-            QTest::qWait(100);
-        }
-        FAIL() << "the dictionary did not load";
+        ASSERT_TRUE(session_.lookUp(host::ui::wordsOnPage(sampleBook, 1, 5).front().area, 300)) << "the dictionary did not load";
+        send<void>(*send<ObjectRef>(*app_.bookView, "enDictContainer"), "setHidden:", true);
     }
 
     testing::ReaderSession session_;
