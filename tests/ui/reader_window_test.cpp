@@ -7,6 +7,7 @@
 #include "raw_pdf.h"
 #include "reader_session.h"
 #include "screenshot.h"
+#include "support/cli_run.h"
 #include "support/server_process.h"
 #include "support/temp_home.h"
 
@@ -36,7 +37,6 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QMessageBox>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -125,12 +125,10 @@ QStringList lineTexts(const StyledSections& sections)
 // The rows the command line renders for the same word and sentence.
 QStringList commandLineRows(const QString& home, const QString& word, const QString& sentence)
 {
-    QProcess process;
-    process.start(QStringLiteral(LEXICORN_CLI), {QStringLiteral("rows"), QStringLiteral("--home"), home, QStringLiteral("--sentence"),
-                                                 sentence, QStringLiteral("--json"), word});
-    process.waitForFinished(30000);
+    const testing::CliRun run = testing::runLexicorn({QStringLiteral("rows"), QStringLiteral("--home"), home,
+                                                      QStringLiteral("--sentence"), sentence, QStringLiteral("--json"), word});
     QStringList texts;
-    for (const QJsonValue& section : QJsonDocument::fromJson(process.readAllStandardOutput()).array())
+    for (const QJsonValue& section : QJsonDocument::fromJson(run.out.toUtf8()).array())
         for (const QJsonValue& line : section.toArray())
             texts << line.toObject().value(QStringLiteral("text")).toString();
     return texts;
@@ -201,12 +199,7 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSe
     saveScreenshot(*window_, QStringLiteral("reader-card"));
 
     // The card goes to Anki in the background; the collection gets it.
-    bool inAnki = false;
-    for (int check = 0; check < 300 && !inAnki; ++check) {
-        QTest::qWait(200);
-        inAnki = !anki.notesHolding(lookup->word()).isEmpty();
-    }
-    EXPECT_TRUE(inAnki) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !anki.notesHolding(lookup->word()).isEmpty(); }, 60000)) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
 }
 
 // A card (note, size, title, body) is one transaction and one change naming
@@ -486,8 +479,7 @@ TEST_F(ReaderWindowTest, ATranslationCopiedWhileThePopupIsOpenFillsItsEmptyTrans
 
     const QString copied = QStringLiteral("每个星期六早上，我和祖母步行去河边的老市场。");
     QGuiApplication::clipboard()->setText(copied);
-    for (int wait = 0; wait < 100 && translation().isEmpty(); ++wait)
-        QTest::qWait(100);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !translation().isEmpty(); }, 10000));
     EXPECT_EQ(translation(), copied);
     EXPECT_EQ(rowText(), copied);
 

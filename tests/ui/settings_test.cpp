@@ -97,11 +97,6 @@ protected:
         }
         return nullptr;
     }
-    void chooseSegment(host::ui::CommandRowWidget* row, int index)
-    {
-        host::ui::SegmentsWidget* segments = row->segmentsWidget();
-        click(segments, segments->segmentRect(index).center());
-    }
 
     testing::TempHome home_;
     testing::ReaderSession session_;
@@ -109,10 +104,8 @@ protected:
     std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
-// The panel against the real collection: the address as typed, the lists of
-// decks, note types and fields Anki holds, each choice stored at once; a
-// blank note type clears the field mappings, "Duplicate" cycles; against a
-// closed port the lists open nothing.
+// The panel lists what the real collection holds and stores each choice at
+// once; against a closed port the lists open nothing.
 TEST_F(SettingsTest, TheAnkiPanelListsWhatAnkiHoldsAndStoresEachChoice)
 {
     testing::AnkiCollection anki(home_);
@@ -218,10 +211,7 @@ TEST_F(SettingsTest, TheAnkiPanelListsWhatAnkiHoldsAndStoresEachChoice)
     EXPECT_TRUE(widgetOf(panel)->isHidden());
 }
 
-// The menu's thirteen rows show the current values; the width row changes by
-// keyboard and is remembered; "打开字典" off hides the open popup; a
-// dictionary chosen while the engine builds its cache is refused.
-//
+// The menu's rows show and change the reader's settings.
 // Last in this file: its end leaves the dictionary engine building a cache
 // that never comes for the rest of the process.
 TEST_F(SettingsTest, TheDictionaryMenuShowsAndChangesTheReadersSettings)
@@ -324,7 +314,8 @@ TEST_F(SettingsTest, TheDictionaryMenuShowsAndChangesTheReadersSettings)
         host::ui::CommandRowWidget* dictionaries = menuRow(menu, QStringLiteral("选择词典"));
         const qint64 before = defaults.integer(dictKey);
         const qsizetype refusals = board().headsUps.count(cachingMessage);
-        chooseSegment(dictionaries, 1 - dictionaries->segmentIndex());
+        host::ui::SegmentsWidget* segments = dictionaries->segmentsWidget();
+        click(segments, segments->segmentRect(1 - dictionaries->segmentIndex()).center());
         refused = board().headsUps.count(cachingMessage) > refusals && before == 1;
         EXPECT_TRUE(board().headsUps.count(cachingMessage) == refusals || defaults.integer(dictKey) == before)
             << "a refused choice is not stored";
