@@ -301,10 +301,8 @@ TEST_F(SettingsTest, TheDictionaryMenuShowsAndChangesTheReadersSettings)
     closeMenu(menu);
 
     // Without collins files, choosing collins leaves the engine building its
-    // cache for good; a choice made while it builds is refused, the stored
-    // one stays and the open menu shows it again. Each round chooses the
-    // dictionary the engine does not have, until a refusal comes with
-    // collins stored.
+    // cache for good; each round chooses the dictionary the engine does not
+    // have, until a refusal comes with collins stored.
     QFile::remove(home_.dictPath(QStringLiteral("collins.json")));
     QFile::remove(home_.dictPath(QStringLiteral("collins_html.json")));
     const QString dictKey = QStringLiteral("SPECIAL_SELECTED_DICT");
