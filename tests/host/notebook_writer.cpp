@@ -23,25 +23,21 @@ int main(int argc, char* argv[])
     }
     lexicorn::host::Notebook notebook(QString::fromLocal8Bit(argv[1]));
     const int count = std::atoi(argv[2]);
-    if (!notebook.open()) {
+    const auto fail = [&notebook] {
         std::fprintf(stderr, "%s\n", qPrintable(notebook.errorString()));
         return 1;
-    }
+    };
+    if (!notebook.open())
+        return fail();
     for (int i = 0; i < count; ++i) {
         lexicorn::host::MbBookNote note = lexicorn::testing::noteAtState(i, 0);
-        if (!notebook.add(note)) {
-            std::fprintf(stderr, "%s\n", qPrintable(notebook.errorString()));
-            return 1;
-        }
+        if (!notebook.add(note))
+            return fail();
     }
     for (long round = 0;; ++round) {
-        if (round > 0) {
-            for (int i = 0; i < count; ++i) {
-                if (!notebook.update(lexicorn::testing::noteAtState(i, round))) {
-                    std::fprintf(stderr, "%s\n", qPrintable(notebook.errorString()));
-                    return 1;
-                }
-            }
+        for (int i = 0; round > 0 && i < count; ++i) {
+            if (!notebook.update(lexicorn::testing::noteAtState(i, round)))
+                return fail();
         }
         std::printf("round %ld\n", round);
         std::fflush(stdout);

@@ -63,11 +63,8 @@ struct Report {
     bool shown;
 };
 
-// Guards the whole path from the button to Anki: the board's selection (all
-// the book's cards when none is selected, the plain notes left out), the
-// progress line fed while the batch runs in the background, the guard
-// against a second batch and the summary. What a batch does when Anki fails
-// midway is the library's (tests/sync).
+// The whole path from the button to Anki; what a batch does when Anki fails
+// midway is checked in tests/sync.
 TEST_F(ReaderWithPlugin, TheAnkiButtonSyncsTheNotebookShowingProgress)
 {
     // Many copies of one card: Anki must take notes with the same first field.
@@ -94,16 +91,11 @@ TEST_F(ReaderWithPlugin, TheAnkiButtonSyncsTheNotebookShowingProgress)
     ASSERT_TRUE(button) << "no Anki button on the study board";
     host::ui::TaskProgress& progress = window_->taskProgress();
     QList<Report> reports;
-    std::function<void(int)> onReport;
     QObject::connect(&progress, &host::ui::TaskProgress::reported, [&](int done, int total) {
         reports.append({done, total, send<bool>(*board, "isUpdating"), progress.isVisible()});
-        if (onReport)
-            onReport(done);
-    });
-    onReport = [&](int done) {
         if (done == 100)
             test::saveScreenshot(*window_, QStringLiteral("batch-in-progress"));
-    };
+    });
 
     // The plug-in loads its dictionary in the background; until then the button says so.
     const QString notLoaded = QStringLiteral("字典初始化未完成，请稍后重试！");
@@ -142,10 +134,8 @@ TEST_F(ReaderWithPlugin, TheAnkiButtonSyncsTheNotebookShowingProgress)
     EXPECT_EQ(send<QString>(*board, "currentBookTitle"), QStringLiteral("sample-book"));
 }
 
-// Guards the middle button end to end: the canvas's real events pass the
-// plug-in's monitor, which makes a middle drag a left drag with space held,
-// and the canvas pans instead of selecting; with "Mouse3控制" off the middle
-// button moves nothing.
+// The plug-in's monitor makes a middle drag a left drag with space held, so
+// the canvas pans instead of selecting.
 TEST_F(ReaderWithPlugin, TheMiddleButtonPansThePageOnlyWithMouse3Control)
 {
     UserDefaults::standard().set(QStringLiteral("SPECIAL_ENABLEMOUSE3"), true);

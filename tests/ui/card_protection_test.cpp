@@ -85,19 +85,8 @@ protected:
     // opens the popup once it is there.
     void waitForTheDictionary()
     {
-        const host::ui::PageWord word = host::ui::wordsOnPage(sampleBook, 1, 5).front();
-        QWidget& viewport = *window_->canvas().viewport();
-        for (int attempt = 0; attempt < 300; ++attempt) {
-            host::ui::dragWithMouse(viewport, window_->pageToViewport(1, QPointF(word.area.left() + 1, word.area.center().y())),
-                                    window_->pageToViewport(1, QPointF(word.area.right() - 1, word.area.center().y())));
-            const ObjectRef container = send<ObjectRef>(*app_.bookView, "enDictContainer");
-            if (container && !send<bool>(*container, "isHidden")) {
-                send<void>(*container, "setHidden:", true);
-                return;
-            }
-            QTest::qWait(100);
-        }
-        FAIL() << "the dictionary did not load";
+        ASSERT_TRUE(session_.lookUp(host::ui::wordsOnPage(sampleBook, 1, 5).front().area, 300)) << "the dictionary did not load";
+        send<void>(*send<ObjectRef>(*app_.bookView, "enDictContainer"), "setHidden:", true);
     }
 
     testing::ReaderSession session_;
@@ -106,9 +95,7 @@ protected:
     std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
 
-// Guards the Markdown marks of the title editor: "`", "*" and "[" typed over
-// a selection wrap it once, in place; "[" with nothing selected is typed as
-// it is; Return ends the edit and the title reaches the notebook.
+// "[" with nothing selected is typed as it is.
 TEST_F(CardProtectionTest, TypingAMarkOverASelectedWordOfATitleWrapsIt)
 {
     addNote(testing::plainNote(QStringLiteral("one two three"), QStringLiteral("T-1")));
@@ -132,11 +119,8 @@ TEST_F(CardProtectionTest, TypingAMarkOverASelectedWordOfATitleWrapsIt)
     EXPECT_EQ(stored(QStringLiteral("T-1")).notetitle(), QStringLiteral("`one` [two](#two) *three*["));
 }
 
-// Guards a dictionary card edited in the notebook: its bold word is edited
-// as bold and stored back as a tag, the card still reads back, its Anki
-// note is updated in place (never a second one), edits that would break it
-// are refused, its rows are compact; with the protection off the same card
-// is edited as plain text.
+// The card's Anki note is updated in place, never a second one; with the
+// protection off the same card is edited as plain text.
 TEST_F(CardProtectionTest, ADictionaryCardKeepsItsBoldWordsAndFormatAndIsUpdatedInAnki)
 {
     testing::SyncPeer anki(home_);

@@ -13,7 +13,6 @@
 #include "screenshot.h"
 #include "support/temp_home.h"
 
-#include <QApplication>
 #include <QDesktopServices>
 #include <QJsonObject>
 #include <QLabel>
@@ -188,11 +187,7 @@ TEST(panelDialogAlertsTest, CompletionRunsOnlyOnceTheBoxIsClosed)
     installDialogAlertPresenter(&window);
     int acknowledged = 0;
     presentAlert("Title", "Anki is not running", "好的", [&] { ++acknowledged; });
-    QMessageBox* box = nullptr;
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (auto* b = qobject_cast<QMessageBox*>(w))
-            box = b;
-    }
+    auto* box = window.findChild<QMessageBox*>();
     ASSERT_TRUE(box);
     EXPECT_EQ(box->text(), "Anki is not running");
     EXPECT_EQ(acknowledged, 0);

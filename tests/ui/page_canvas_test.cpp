@@ -2,6 +2,7 @@
 // sample book) through Poppler, driven by QTest mouse and key events.
 
 #include "host/ui/page_canvas.h"
+#include "raw_pdf.h"
 #include "screenshot.h"
 
 #include <poppler-qt6.h>
@@ -43,23 +44,12 @@ void writePdf(const QString& path, int pages)
 // A one-page PDF whose standard security handler refuses the empty password.
 QByteArray lockedPdf()
 {
-    const QByteArray objects[] = {
-        "<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
-        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>",
-        "<< /Filter /Standard /V 1 /R 2 /P -4 /O <" + QByteArray(64, '7') + "> /U <" + QByteArray(64, 'a') + "> >>"};
-    QByteArray out = "%PDF-1.4\n";
-    QList<qsizetype> offsets;
-    for (int i = 0; i < 4; ++i) {
-        offsets << out.size();
-        out += QByteArray::number(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const qsizetype xref = out.size();
-    out += "xref\n0 5\n0000000000 65535 f \n";
-    for (qsizetype offset : offsets)
-        out += QStringLiteral("%1 00000 n \n").arg(offset, 10, 10, QLatin1Char('0')).toLatin1();
-    out += "trailer\n<< /Size 5 /Root 1 0 R /Encrypt 4 0 R /ID [<00112233445566778899aabbccddeeff> "
-           "<00112233445566778899aabbccddeeff>] >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
-    return out;
+    const QByteArray id = "<00112233445566778899aabbccddeeff>";
+    return lexicorn::test::rawPdf({"<< /Type /Catalog /Pages 2 0 R >>", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+                                   "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] >>",
+                                   "<< /Filter /Standard /V 1 /R 2 /P -4 /O <" + QByteArray(64, '7') + "> /U <"
+                                       + QByteArray(64, 'a') + "> >>"},
+                                  "/Encrypt 4 0 R /ID [" + id + " " + id + "] ");
 }
 
 QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)

@@ -5,6 +5,8 @@
 #include "foundation/alerts.h"
 #include "foundation/user_defaults.h"
 
+#include "host/ui/page_canvas.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -48,6 +50,37 @@ void ReaderSession::start(const TempHome& home, ReaderOptions options)
     ASSERT_TRUE(window->openFile(sampleBook));
     ASSERT_TRUE(QTest::qWaitFor([this] { return window->isBookReady(); }, 10000));
     alerts.clear();
+}
+
+std::shared_ptr<runtime::Object> ReaderSession::popupTable() const
+{
+    const auto container = runtime::send<std::shared_ptr<runtime::Object>>(*app.bookView, "enDictContainer");
+    if (!container || runtime::send<bool>(*container, "isHidden"))
+        return nullptr;
+    return runtime::send<std::vector<std::shared_ptr<runtime::Object>>>(*container, "subviews").front();
+}
+
+void ReaderSession::dragOver(const QRectF& area)
+{
+    QWidget* viewport = window->canvas().viewport();
+    const QPoint from = window->pageToViewport(1, QPointF(area.left() + 1, area.center().y())).toPoint();
+    const QPoint to = window->pageToViewport(1, QPointF(area.right() - 1, area.center().y())).toPoint();
+    QTest::mousePress(viewport, Qt::LeftButton, {}, from);
+    for (int step = 1; step <= 4; ++step)
+        QTest::mouseMove(viewport, from + (to - from) * step / 4);
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
+}
+
+bool ReaderSession::lookUp(const QRectF& area, int attempts)
+{
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        dragOver(area);
+        QTest::qWait(20);
+        if (popupTable())
+            return true;
+        QTest::qWait(100);
+    }
+    return false;
 }
 
 void ReaderSession::stop()

@@ -10,6 +10,7 @@
 #include "host/app/host_application.h"
 #include "host/ui/reader_window.h"
 
+#include <QRectF>
 #include <QString>
 #include <QStringList>
 
@@ -40,6 +41,14 @@ public:
     // With the plug-in the dictionary starts on, as lexicorn-reader starts it.
     void start(const TempHome& home, ReaderOptions options = {});
     void stop();
+
+    // The dictionary popup's table, or null while the popup is hidden.
+    std::shared_ptr<runtime::Object> popupTable() const;
+    // Drags across an area of page 1 with real mouse events.
+    void dragOver(const QRectF& area);
+    // Drags over the area until the popup shows; the dictionary loads in the
+    // background, so the first tries may find it not ready.
+    bool lookUp(const QRectF& area, int attempts = 100);
 
     host::HostApplication app;
     std::unique_ptr<host::ui::ReaderWindow> window;

@@ -4,8 +4,10 @@
 // reader still selects, highlights and copies.
 
 #include "card_fixtures.h"
+#include "raw_pdf.h"
 #include "reader_session.h"
 #include "screenshot.h"
+#include "support/cli_run.h"
 #include "support/server_process.h"
 #include "support/temp_home.h"
 
@@ -35,7 +37,6 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QMessageBox>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -66,39 +67,9 @@ protected:
 
     QWidget& viewport() { return *window_->canvas().viewport(); }
     QPointF onScreen(const QPointF& pagePoint) { return window_->pageToViewport(1, pagePoint); }
-
-    // Drags across a page area with real mouse events.
-    void dragOver(const QRectF& area)
-    {
-        const QPoint from = onScreen(QPointF(area.left() + 1, area.center().y())).toPoint();
-        const QPoint to = onScreen(QPointF(area.right() - 1, area.center().y())).toPoint();
-        QTest::mousePress(&viewport(), Qt::LeftButton, {}, from);
-        for (int step = 1; step <= 4; ++step)
-            QTest::mouseMove(&viewport(), from + (to - from) * step / 4);
-        QTest::mouseRelease(&viewport(), Qt::LeftButton, {}, to);
-    }
-
-    ObjectRef popupTable()
-    {
-        const ObjectRef container = send<ObjectRef>(*app_.bookView, "enDictContainer");
-        if (!container || send<bool>(*container, "isHidden"))
-            return nullptr;
-        return send<std::vector<ObjectRef>>(*container, "subviews").front();
-    }
-
-    // Drags over the area until the popup shows; the dictionary loads in the
-    // background, so the first tries may find it not ready.
-    bool lookUp(const QRectF& area)
-    {
-        for (int attempt = 0; attempt < 100; ++attempt) {
-            dragOver(area);
-            QTest::qWait(20);
-            if (popupTable())
-                return true;
-            QTest::qWait(100);
-        }
-        return false;
-    }
+    void dragOver(const QRectF& area) { session_.dragOver(area); }
+    ObjectRef popupTable() { return session_.popupTable(); }
+    bool lookUp(const QRectF& area) { return session_.lookUp(area); }
 
     // Selects each word until one opens the popup with entries.
     host::ui::PageWord lookUpSomeWord()
@@ -118,11 +89,29 @@ protected:
     }
     QPointF inWindow(const QPointF& pagePoint) { return window_->viewportToWindow(onScreen(pagePoint)); }
 
+    // A real click on the first sense of the popup.
+    void clickFirstSense(const ObjectRef& table)
+    {
+        const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
+        ASSERT_TRUE(cell);
+        QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
+        QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    }
+
     testing::TempHome home_;
     testing::ReaderSession session_;
     host::HostApplication& app_ = session_.app;
     std::unique_ptr<host::ui::ReaderWindow>& window_ = session_.window;
 };
+
+// Writes the file and returns its path.
+QString writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    file.write(bytes);
+    return path;
+}
 
 QStringList lineTexts(const StyledSections& sections)
 {
@@ -136,28 +125,23 @@ QStringList lineTexts(const StyledSections& sections)
 // The rows the command line renders for the same word and sentence.
 QStringList commandLineRows(const QString& home, const QString& word, const QString& sentence)
 {
-    QProcess process;
-    process.start(QStringLiteral(LEXICORN_CLI), {QStringLiteral("rows"), QStringLiteral("--home"), home, QStringLiteral("--sentence"),
-                                                 sentence, QStringLiteral("--json"), word});
-    process.waitForFinished(30000);
+    const testing::CliRun run = testing::runLexicorn({QStringLiteral("rows"), QStringLiteral("--home"), home,
+                                                      QStringLiteral("--sentence"), sentence, QStringLiteral("--json"), word});
     QStringList texts;
-    for (const QJsonValue& section : QJsonDocument::fromJson(process.readAllStandardOutput()).array())
+    for (const QJsonValue& section : QJsonDocument::fromJson(run.out.toUtf8()).array())
         for (const QJsonValue& line : section.toArray())
             texts << line.toObject().value(QStringLiteral("text")).toString();
     return texts;
 }
 
-// Guards the lookup as the user sees it (the same rows as the command line),
-// the taps that make no card, and the card a click on a sense makes: the note
-// reads back as that sense, and with "autoAddToAnki" it reaches Anki.
+// The popup shows the command line's rows; a click on a sense makes a card
+// that reads back as that sense and, with "autoAddToAnki", reaches Anki.
 TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSentToAnki)
 {
-    // The collection stores its address in the user defaults, where the
-    // plug-in's Anki client reads it on its first request.
+    // The collection stores its address where the plug-in's Anki client reads it.
     testing::AnkiCollection anki(home_);
     ASSERT_TRUE(anki.ready()) << anki.problem().toStdString();
-    // The Anki settings the panel would store: deck, note type, one field per
-    // content item; spoken audio from the offline voice, not the network.
+    // The panel's Anki settings; spoken audio from the offline voice, not the network.
     UserDefaults& defaults = UserDefaults::standard();
     defaults.set(ankiset::deckName, QStringLiteral("Default"));
     defaults.set(ankiset::typeName, QStringLiteral("Lexicorn card"));
@@ -186,9 +170,7 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSe
 
     // A real click on the first sense.
     const DictDataPtr lookup = send<DictDataPtr>(*table, "dictData");
-    const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
-    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
-    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    clickFirstSense(table);
     QTest::qWait(50);
     EXPECT_FALSE(popupTable()) << "the popup closes when a card is made";
     const std::vector<host::MbBookNote> notes = app_.notebook->notes();
@@ -217,19 +199,11 @@ TEST_F(ReaderWindowTest, ADragOverAWordShowsItsRowsAndAClickOnASenseMakesACardSe
     saveScreenshot(*window_, QStringLiteral("reader-card"));
 
     // The card goes to Anki in the background; the collection gets it.
-    bool inAnki = false;
-    for (int check = 0; check < 300 && !inAnki; ++check) {
-        QTest::qWait(200);
-        inAnki = !anki.notesHolding(lookup->word()).isEmpty();
-    }
-    EXPECT_TRUE(inAnki) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !anki.notesHolding(lookup->word()).isEmpty(); }, 60000)) << "heads-up: " << window_->hud().currentText().toStdString() << "\n" << anki.problem().toStdString();
 }
 
-// Guards the cost of one gesture and of opening a book: the card a click on
-// a sense makes (a note, its size, its title and its body) reaches the
-// notebook in one transaction and the views in one change, which names the
-// selection, the highlights and the notes once each; opening the book read
-// its file once on this thread.
+// A card (note, size, title, body) is one transaction and one change naming
+// each part once; opening the book read its file once.
 TEST_F(ReaderWindowTest, ACardIsOneTransactionAndOneChangeAndOpeningReadsTheBookOnce)
 {
     const int loadsBefore = host::PdfObjCAPI::filesLoaded();
@@ -248,9 +222,7 @@ TEST_F(ReaderWindowTest, ACardIsOneTransactionAndOneChangeAndOpeningReadsTheBook
     };
     const std::uint64_t commitsBefore = app_.notebook->committedTransactions();
 
-    const ObjectRef cell = send<ObjectRef>(*popupTable(), "cellForRowAtIndexPath:", IndexPath{1, 0});
-    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
-    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    clickFirstSense(popupTable());
     QTest::qWait(50);
 
     const struct {
@@ -272,11 +244,9 @@ TEST_F(ReaderWindowTest, ACardIsOneTransactionAndOneChangeAndOpeningReadsTheBook
     EXPECT_FALSE(window_->canvas().document()->highlights().empty());
 }
 
-// Guards what a later selection does to the open popup: it moves the popup
-// to the half of the window away from the selection; in correcting mode it
-// replaces only the quote sentence, and the card then takes the selection as
-// it stands. Opening the book again with the dictionary file gone tells the
-// user where the file belongs.
+// The popup moves to the half of the window away from the selection; in
+// correcting mode a selection replaces only the quote sentence. With the
+// dictionary file gone, opening the book tells where the file belongs.
 TEST_F(ReaderWindowTest, ThePopupKeepsClearOfTheSelectionAndCorrectingReplacesOnlyTheSentence)
 {
     start(true);
@@ -335,9 +305,7 @@ TEST_F(ReaderWindowTest, ThePopupKeepsClearOfTheSelectionAndCorrectingReplacesOn
     saveScreenshot(*window_, QStringLiteral("reader-popup-correcting"));
 
     // The card made now holds the corrected selection, and ends correcting.
-    const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
-    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
-    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    clickFirstSense(table);
     const std::vector<host::MbBookNote> notes = app_.notebook->notes();
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes.front().highlight_text(), corrected);
@@ -380,10 +348,8 @@ QRectF wordAfterColumnBreak(const QString& pdf, const QString& wanted, QString& 
     return {};
 }
 
-// On a typeset two-column page a word quotes its whole sentence, also where
-// the sentence runs on from one column into the next. Scrolled on to the
-// next page before a sense is clicked, the card still highlights and keeps
-// the sentence of the page the word was selected on.
+// A sentence running from one column into the next is quoted whole; a card
+// made after scrolling to the next page stays on the word's page.
 TEST_F(ReaderWindowTest, ATwoColumnPageQuotesWholeSentencesAndCardsStayOnTheirPage)
 {
     start(true);
@@ -408,10 +374,7 @@ TEST_F(ReaderWindowTest, ATwoColumnPageQuotesWholeSentencesAndCardsStayOnTheirPa
     QTest::qWait(50);
     ASSERT_EQ(send<int>(*app_.bookView, "currentPageNo"), 2);
     ASSERT_TRUE(popupTable()) << "the popup stays open while the book scrolls";
-    const ObjectRef cell = send<ObjectRef>(*table, "cellForRowAtIndexPath:", IndexPath{1, 0});
-    ASSERT_TRUE(cell);
-    QWidget* sense = host::ui::widgetOf(*send<ObjectRef>(*cell, "textView"));
-    QTest::mouseClick(sense, Qt::LeftButton, {}, sense->rect().center());
+    clickFirstSense(table);
     const std::vector<host::MbBookNote> notes = app_.notebook->notes();
     ASSERT_EQ(notes.size(), 1u);
     EXPECT_EQ(notes.front().pageNo(), 1);
@@ -461,8 +424,8 @@ TEST_F(ReaderWindowTest, AScannedPageIsReadByOcrAndAWordQuotesItsSentence)
 }
 
 // A double click selects the sentence under the pointer; with Ctrl (the
-// command key) the section it stands in.
-TEST_F(ReaderWindowTest, ADoubleClickSelectsTheSentenceAndWithCtrlTheSection)
+// command key) the section it stands in. A drag over six words looks nothing up.
+TEST_F(ReaderWindowTest, ADoubleClickSelectsTheSentenceAndWithCtrlTheSectionAndSixWordsLookNothingUp)
 {
     start(true);
     const std::vector<host::ui::PageWord> words = host::ui::wordsOnPage(sampleBook, 1, 5);
@@ -480,20 +443,10 @@ TEST_F(ReaderWindowTest, ADoubleClickSelectsTheSentenceAndWithCtrlTheSection)
     const QString section = send<QString>(*app_.bookView, "selectionText").simplified();
     EXPECT_TRUE(section.startsWith(sentence + QStringLiteral(" She goes there"))) << section.toStdString();
     EXPECT_TRUE(section.contains(QStringLiteral("It belongs to Mr. Green. Mr. Green is not really green"))) << section.toStdString();
-}
 
-TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
-{
-    start(true);
+    // A drag over a whole line of body text (six words or more) hides the
+    // popup and clears the selected text.
     ASSERT_FALSE(lookUpSomeWord().text.isEmpty());
-    // A whole line of body text: six words or more.
-    const std::vector<host::ui::PageWord> words = host::ui::wordsOnPage(sampleBook, 1, 1);
-    QRectF line;
-    for (const host::ui::PageWord& word : words) {
-        if (!line.isEmpty() && word.area.top() > line.bottom())
-            break;
-        line = line.isEmpty() ? word.area : line.united(word.area);
-    }
     const auto body = std::find_if(words.begin(), words.end(), [](const auto& w) { return w.text == QStringLiteral("Every"); });
     ASSERT_NE(body, words.end());
     dragOver(QRectF(body->area.left(), body->area.top(), 700, body->area.height()));
@@ -501,10 +454,8 @@ TEST_F(ReaderWindowTest, SixWordsHideThePopupAndClearTheSelectedText)
     EXPECT_EQ(send<QString>(*app_.bookView, "selectedText"), QString());
 }
 
-// With no translation engine the popup's translation row stays empty and the
-// clipboard is watched: a translation copied meanwhile (from the research
-// pane, or any other program) fills that row. The sentence itself, copied,
-// is not taken for a translation, and a filled row is not overwritten.
+// With no translation engine, a translation copied from any program fills the
+// empty row; the sentence itself is no translation, a filled row stays.
 TEST_F(ReaderWindowTest, ATranslationCopiedWhileThePopupIsOpenFillsItsEmptyTranslationRow)
 {
     start(true);
@@ -528,8 +479,7 @@ TEST_F(ReaderWindowTest, ATranslationCopiedWhileThePopupIsOpenFillsItsEmptyTrans
 
     const QString copied = QStringLiteral("每个星期六早上，我和祖母步行去河边的老市场。");
     QGuiApplication::clipboard()->setText(copied);
-    for (int wait = 0; wait < 100 && translation().isEmpty(); ++wait)
-        QTest::qWait(100);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !translation().isEmpty(); }, 10000));
     EXPECT_EQ(translation(), copied);
     EXPECT_EQ(rowText(), copied);
 
@@ -541,11 +491,7 @@ TEST_F(ReaderWindowTest, ATranslationCopiedWhileThePopupIsOpenFillsItsEmptyTrans
 // A damaged plug-in leaves a plain reader that says why in its status line.
 TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCopies)
 {
-    const QString damaged = home_.path() + QStringLiteral("/liblexicorn.so");
-    QFile damagedFile(damaged);
-    ASSERT_TRUE(damagedFile.open(QIODevice::WriteOnly));
-    damagedFile.write("not a shared library");
-    damagedFile.close();
+    const QString damaged = writeFile(home_.path() + QStringLiteral("/liblexicorn.so"), "not a shared library");
     session_.start(home_, {.plugin = false, .pluginFile = damaged});
     saveScreenshot(*window_, QStringLiteral("reader-without-plugin"));
     const auto* pluginStatus = window_->statusBar()->findChild<QLabel*>(QStringLiteral("pluginStatus"));
@@ -588,21 +534,16 @@ TEST_F(ReaderWindowTest, WithoutThePluginTheReaderScrollsSelectsHighlightsAndCop
     EXPECT_EQ(notes.front().pageNo(), 1);
 }
 
-// File › Import dictionary… runs the import tool with a progress bar; the
-// plug-in then reads the new dictionary, so the next selection shows the
-// imported entry.
+// File › Import dictionary… runs the import tool; the next selection shows the imported entry.
 TEST_F(ReaderWindowTest, AnImportedDictionaryAnswersTheNextSelection)
 {
     qputenv("LEXICORN_CLI", LEXICORN_CLI);
     // A first day: no collins file, so the engine stays loading.
     session_.start(home_, {.collins = false});
     const host::ui::PageWord word = host::ui::wordsOnPage(sampleBook, 1, 5).front();
-    const QString csv = home_.path() + QStringLiteral("/mine.csv");
-    QFile file(csv);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\n");
-    file.write(word.text.toLower().toUtf8() + ",test,a word the test imported,n. 导入的释义,,3,,,,,,,\n");
-    file.close();
+    const QString csv = writeFile(home_.path() + QStringLiteral("/mine.csv"),
+                                  "word,phonetic,definition,translation,pos,collins,oxford,tag,bnc,frq,exchange,detail,audio\n"
+                                      + word.text.toLower().toUtf8() + ",test,a word the test imported,n. 导入的释义,,3,,,,,,,\n");
 
     QAction* importAction = nullptr;
     for (QAction* action : window_->findChildren<QAction*>())
@@ -639,42 +580,25 @@ TEST_F(ReaderWindowTest, AnImportedDictionaryAnswersTheNextSelection)
     EXPECT_EQ(UserDefaults::standard().integer(QStringLiteral("SPECIAL_SELECTED_DICT")), 0);
 }
 
-// A three-page PDF whose outline has two chapters, the first with a
-// section: written by hand, since the PDF writers at hand make no outlines.
+// A three-page PDF whose outline has two chapters, the first with a section.
 QString writeBookWithContents(const QString& folder)
 {
-    const QStringList objects = {
-        QStringLiteral("<< /Type /Catalog /Pages 2 0 R /Outlines 3 0 R >>"),
-        QStringLiteral("<< /Type /Pages /Kids [4 0 R 5 0 R 6 0 R] /Count 3 >>"),
-        QStringLiteral("<< /Type /Outlines /First 7 0 R /Last 8 0 R /Count 3 >>"),
-        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
-        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
-        QStringLiteral("<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>"),
-        QStringLiteral("<< /Title (Chapter One) /Parent 3 0 R /Next 8 0 R /First 9 0 R /Last 9 0 R /Count 1 /Dest [4 0 R /Fit] >>"),
-        QStringLiteral("<< /Title (Chapter Two) /Parent 3 0 R /Prev 7 0 R /Dest [6 0 R /Fit] >>"),
-        QStringLiteral("<< /Title (A Section) /Parent 7 0 R /Dest [5 0 R /Fit] >>"),
-    };
-    QByteArray pdf = "%PDF-1.4\n";
-    QList<qsizetype> offsets;
-    for (qsizetype i = 0; i < objects.size(); ++i) {
-        offsets << pdf.size();
-        pdf += QStringLiteral("%1 0 obj\n%2\nendobj\n").arg(i + 1).arg(objects[i]).toLatin1();
-    }
-    const qsizetype xref = pdf.size();
-    pdf += QStringLiteral("xref\n0 %1\n0000000000 65535 f \n").arg(objects.size() + 1).toLatin1();
-    for (const qsizetype offset : offsets)
-        pdf += QStringLiteral("%1 00000 n \n").arg(offset, 10, 10, QLatin1Char('0')).toLatin1();
-    pdf += QStringLiteral("trailer\n<< /Size %1 /Root 1 0 R >>\nstartxref\n%2\n%%EOF\n").arg(objects.size() + 1).arg(xref).toLatin1();
-    const QString path = folder + QStringLiteral("/contents.pdf");
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-    file.write(pdf);
-    return path;
+    const QByteArray page = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 300 400] >>";
+    return writeFile(folder + QStringLiteral("/contents.pdf"), test::rawPdf({
+        "<< /Type /Catalog /Pages 2 0 R /Outlines 3 0 R >>",
+        "<< /Type /Pages /Kids [4 0 R 5 0 R 6 0 R] /Count 3 >>",
+        "<< /Type /Outlines /First 7 0 R /Last 8 0 R /Count 3 >>",
+        page,
+        page,
+        page,
+        "<< /Title (Chapter One) /Parent 3 0 R /Next 8 0 R /First 9 0 R /Last 9 0 R /Count 1 /Dest [4 0 R /Fit] >>",
+        "<< /Title (Chapter Two) /Parent 3 0 R /Prev 7 0 R /Dest [6 0 R /Fit] >>",
+        "<< /Title (A Section) /Parent 7 0 R /Dest [5 0 R /Fit] >>",
+    }));
 }
 
-// The contents pane's table has the book view controller as data source and
-// delegate, as the popup's table does: with the plug-in loaded it must still
-// list the outline and a click on an entry must open its page.
+// The contents pane's table shares the popup's data source and delegate (the
+// book view controller): with the plug-in loaded it still lists the outline.
 TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
 {
     start(true);

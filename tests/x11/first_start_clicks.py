@@ -18,7 +18,7 @@ if "LEXICORN_X11_TEST_BUS" not in os.environ:
     os.environ["LEXICORN_X11_TEST_BUS"] = "1"
     os.execvp("dbus-run-session", ["dbus-run-session", "--", sys.executable, *sys.argv])
 
-from x11_reader import Failure, ReaderSession, centre, click, find, screenshot, wait_for  # noqa: E402  (needs the session bus above)
+from x11_reader import Failure, ReaderSession, centre, click, find, main, screenshot, wait_for  # noqa: E402  (needs the session bus above)
 
 COPY = "Copy the samples"
 
@@ -42,21 +42,8 @@ def run(reader, plugin, book, shots):
         wait_for("the dictionary button of the reader's window", lambda: find(app, "dictionary", "push button"), 30)
         if find(app, COPY, "push button"):
             raise Failure("the second start asked again")
-
-
-def main():
-    if len(sys.argv) != 5:
-        print(__doc__, file=sys.stderr)
-        return 2
-    os.makedirs(sys.argv[4], exist_ok=True)
-    try:
-        run(*sys.argv[1:])
-    except Failure as failure:
-        print(f"FAIL: {failure}", file=sys.stderr)
-        return 1
-    print("the first start copied the samples; the second asked nothing")
-    return 0
+    return "the first start copied the samples; the second asked nothing"
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main(run, __doc__, 4))

@@ -1,16 +1,10 @@
 #!/usr/bin/python3
 """The settings menu under real window-system clicks.
 
-Starts the built reader on a virtual X display (Xvfb) from a fresh home and
-clicks with the X server's own pointer (xdotool), the way a person's mouse
-does: press, a short hold, release. The widgets are found by their accessible
-names through AT-SPI, as a screen reader finds them, so nothing here depends
-on pixel positions.
-
-Right after start, while the dictionary is still being read, it opens the
-dictionary menu and clicks "Ankiconnect 设置" 20 times; the Anki panel must
-appear every time. A click on a switch row's title must flip the switch and
-leave the menu open.
+Starts the built reader on a virtual X display from a fresh home. Right after
+start, while the dictionary is still being read, it opens the dictionary menu
+and clicks "Ankiconnect 设置" 20 times; the Anki panel must appear every time.
+A click on a switch row's title must flip the switch and leave the menu open.
 
   settings_menu_clicks.py READER PLUGIN BOOK SAMPLE_DICT SCREENSHOT_DIR
 """
@@ -26,7 +20,7 @@ if "LEXICORN_X11_TEST_BUS" not in os.environ:
 
 import pyatspi  # noqa: E402  (needs the session bus above)
 
-from x11_reader import Failure, ReaderSession, centre, click, find, screenshot, wait_for  # noqa: E402
+from x11_reader import Failure, ReaderSession, centre, click, find, main, screenshot, wait_for  # noqa: E402
 
 ROUNDS = 20
 ANKI_ROW = "Ankiconnect 设置"
@@ -35,6 +29,7 @@ PANEL_CLOSE = "关闭"
 
 
 def run(reader, plugin, book, sample_dict, shots):
+    started = time.monotonic()
     with ReaderSession(reader, plugin, book, shots, sample_dict) as session:
         app = session.start_reader()
         menu_button = wait_for("the dictionary button", lambda: find(app, "dictionary", "push button"), 30)
@@ -65,22 +60,8 @@ def run(reader, plugin, book, sample_dict, shots):
         screenshot(session.display, os.path.join(shots, "x11-settings-menu.png"))
         if session.process.poll() is not None:
             raise Failure(f"the reader exited with {session.process.returncode}")
-
-
-def main():
-    if len(sys.argv) != 6:
-        print(__doc__, file=sys.stderr)
-        return 2
-    os.makedirs(sys.argv[5], exist_ok=True)
-    started = time.monotonic()
-    try:
-        run(*sys.argv[1:])
-    except Failure as failure:
-        print(f"FAIL: {failure}", file=sys.stderr)
-        return 1
-    print(f"{ROUNDS} of {ROUNDS} clicks opened the Anki panel ({time.monotonic() - started:.1f} s)")
-    return 0
+    return f"{ROUNDS} of {ROUNDS} clicks opened the Anki panel ({time.monotonic() - started:.1f} s)"
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main(run, __doc__, 5))

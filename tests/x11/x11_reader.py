@@ -10,6 +10,7 @@ session bus: a test starts one of its own before it imports this module.
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -91,6 +92,18 @@ def screenshot(display, path):
     subprocess.run(["import", "-window", "root", path], env=dict(os.environ, DISPLAY=display), check=False)
 
 
+def main(run, usage, arguments):
+    """Runs a test on the command line's arguments, the last the screenshot folder; its exit status."""
+    if len(sys.argv) != arguments + 1:
+        print(usage, file=sys.stderr)
+        return 2
+    os.makedirs(sys.argv[-1], exist_ok=True)
+    try:
+        print(run(*sys.argv[1:]))
+    except Failure as failure:
+        print(f"FAIL: {failure}", file=sys.stderr)
+        return 1
+    return 0
 
 
 class ReaderSession:

@@ -41,10 +41,13 @@ Small steps add up. A page a day is a book a month, and the words found on
 the way stay with the reader.
 )";
 
-void run(const QString& program, const QStringList& arguments, const QString& folder)
+// Runs the program in the folder, its standard output into the file if one is named.
+void run(const QString& program, const QStringList& arguments, const QString& folder, const QString& output = {})
 {
     QProcess process;
     process.setWorkingDirectory(folder);
+    if (!output.isEmpty())
+        process.setStandardOutputFile(output);
     process.start(program, arguments);
     ASSERT_TRUE(process.waitForStarted(10000)) << program.toStdString() << " is missing (scripts/setup installs it)";
     ASSERT_TRUE(process.waitForFinished(120000)) << program.toStdString();
@@ -64,15 +67,7 @@ void make(ScanBooks& books, const QString& folder)
     books.scan = dir.filePath(QStringLiteral("scan.pdf"));
     books.turnedText = dir.filePath(QStringLiteral("turned-text.pdf"));
     books.turnedScan = dir.filePath(QStringLiteral("turned-scan.pdf"));
-    {
-        QProcess groff;
-        groff.setWorkingDirectory(folder);
-        groff.setStandardOutputFile(books.text);
-        groff.start(QStringLiteral("groff"), {"-ms", "-Tpdf", "-P-pletter", "prose.ms"});
-        ASSERT_TRUE(groff.waitForStarted(10000)) << "groff is missing (scripts/setup installs it)";
-        ASSERT_TRUE(groff.waitForFinished(60000));
-        ASSERT_EQ(groff.exitCode(), 0) << groff.readAllStandardError().toStdString();
-    }
+    ASSERT_NO_FATAL_FAILURE(run(QStringLiteral("groff"), {"-ms", "-Tpdf", "-P-pletter", "prose.ms"}, folder, books.text));
     // Grey pictures, as a book scanner makes them; a greymap carries no
     // resolution, so img2pdf is told it.
     ASSERT_NO_FATAL_FAILURE(run(QStringLiteral("pdftoppm"), {"-r", "300", "-gray", "text.pdf", "page"}, folder));
