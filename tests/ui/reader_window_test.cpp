@@ -602,7 +602,8 @@ QString writeBookWithContents(const QString& folder)
 TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
 {
     start(true);
-    ASSERT_TRUE(window_->openFile(writeBookWithContents(home_.path())));
+    const QString book = writeBookWithContents(home_.path());
+    ASSERT_TRUE(window_->openFile(book));
     ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     const ObjectRef contents = window_->contentsTable();
     QWidget* pane = host::ui::widgetOf(contents);
@@ -625,6 +626,11 @@ TEST_F(ReaderWindowTest, TheContentsPaneWorksWithThePluginLoaded)
     ASSERT_TRUE(window_->openFile(sampleBook));
     ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady(); }, 10000));
     EXPECT_FALSE(pane->isVisible());
+
+    // Opened again, the book is where it was left.
+    ASSERT_TRUE(window_->openFile(book));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->isBookReady() && window_->canvas().currentPage() == 2; }, 10000))
+        << "at page " << window_->canvas().currentPage() + 1;
 }
 
 }  // namespace
