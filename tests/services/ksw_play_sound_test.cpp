@@ -86,16 +86,17 @@ TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
 
 TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
 {
+    const QString first = QStringLiteral("https://voice.test/first.mp3");
+    const QString second = QStringLiteral("https://voice.test/second.mp3");
     struct Case {
         SoundPlayerStatus status;
         bool reused;
+        QStringList itemsAfter;  // also what the player has played by then
     };
     const Case cases[] = {
-        {SoundPlayerStatus::readyToPlay, true},
-        {SoundPlayerStatus::failed, false},
+        {SoundPlayerStatus::readyToPlay, true, {first, second}},
+        {SoundPlayerStatus::failed, false, {second}},
     };
-    const QString first = QStringLiteral("https://voice.test/first.mp3");
-    const QString second = QStringLiteral("https://voice.test/second.mp3");
     for (const Case& c : cases) {
         SCOPED_TRACE(int(c.status));
         KSWPlaySound sound;
@@ -112,15 +113,9 @@ TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
         player = recording(sound);
         ASSERT_NE(player, nullptr);
         EXPECT_EQ(sound.playState, 1);
-        if (c.reused) {
-            EXPECT_EQ(player->serial(), firstSerial);
-            EXPECT_EQ(strings(player->items()), (QStringList{first, second}));
-            EXPECT_EQ(strings(player->played()), (QStringList{first, second}));
-        } else {
-            EXPECT_NE(player->serial(), firstSerial);
-            EXPECT_EQ(strings(player->items()), QStringList{second});
-            EXPECT_EQ(strings(player->played()), QStringList{second});
-        }
+        EXPECT_EQ(player->serial() == firstSerial, c.reused);
+        EXPECT_EQ(strings(player->items()), c.itemsAfter);
+        EXPECT_EQ(strings(player->played()), c.itemsAfter);
     }
 }
 
@@ -154,20 +149,16 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
     const auto voiceServer = testing::startVoiceServer();
     ASSERT_TRUE(voiceServer->started());
     struct Case {
-        QString service;
         QString word;
         bool offline;
     };
-    const Case cases[] = {
-        {voiceServer->url(), QStringLiteral("hello"), false},
-        {voiceServer->url(), QStringLiteral("missing"), true},  // the service answers 404
-    };
+    const Case cases[] = {{QStringLiteral("hello"), false}, {QStringLiteral("missing"), true}};  // "missing": a 404
     for (const Case& c : cases) {
-        SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
+        SCOPED_TRACE(c.word.toStdString());
         TempHome home;
-        testing::useVoiceService(c.service);
+        testing::useVoiceService(voiceServer->url());
         const QString voice = voiceURL(c.word).toString(QUrl::FullyEncoded);
-        ASSERT_TRUE(voice.startsWith(c.service + QStringLiteral("/dictvoice?audio=")));
+        ASSERT_TRUE(voice.startsWith(voiceServer->url() + QStringLiteral("/dictvoice?audio=")));
 
         KSWPlaySound sound;
         std::optional<bool> spokenOffline;

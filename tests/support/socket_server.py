@@ -2,12 +2,35 @@
 port, hand each connection to serve(conn) on a thread of its own, print
 "listening on 127.0.0.1:PORT" once ready, and run until stdin closes.
 With tls_pem (a file holding a key and its certificate) every connection is
-TLS, for tests of https."""
+TLS, for tests of https. read_request reads one request off a connection."""
 
 import socket
 import ssl
 import sys
 import threading
+
+
+def read_request(conn, pending=b""):
+    """Returns ((head lines, body), bytes read past the body), or (None, b"")
+    when the connection closes before a whole head came."""
+    while b"\r\n\r\n" not in pending:
+        chunk = conn.recv(65536)
+        if not chunk:
+            return None, b""
+        pending += chunk
+    head, _, rest = pending.partition(b"\r\n\r\n")
+    lines = head.decode("latin-1").split("\r\n")
+    length = 0
+    for line in lines[1:]:
+        name, _, value = line.partition(":")
+        if name.strip().lower() == "content-length":
+            length = int(value)
+    while len(rest) < length:
+        chunk = conn.recv(65536)
+        if not chunk:
+            break
+        rest += chunk
+    return (lines, rest[:length]), rest[length:]
 
 
 def run(serve, tls_pem=None):
