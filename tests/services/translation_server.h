@@ -40,9 +40,7 @@ private:
 QString hostKeyOf(const QString& role);
 // Every role, in the order the automatic engine asks them, then DeepL.
 QStringList allTranslationRoles();
-// A header of a recorded request, by name in any case; null when missing.
-QString headerOf(const QJsonObject& request, const QString& name);
-// How many times a header appears in a recorded request, by name in any case.
-int headerCount(const QJsonObject& request, const QString& name);
+// Every value of a header in a recorded request, by name in any case, in order.
+QStringList headerValues(const QJsonObject& request, const QString& name);
 
 }  // namespace lexicorn::testing
