@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QtCore/qtestsupport_core.h>
 
 #include <gtest/gtest.h>
 
@@ -174,7 +175,7 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
         // Ready, so a fallback goes to this same player and its record shows both.
         recording(sound)->setStatus(SoundPlayerStatus::readyToPlay);
 
-        ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return spokenOffline.has_value(); }, 30000));
         EXPECT_EQ(*spokenOffline, c.offline);
         const QList<QUrl> played(recording(sound)->played().begin(), recording(sound)->played().end());
         if (!c.offline) {
@@ -202,7 +203,7 @@ TEST(KSWPlaySoundWord, LeavesALaterSoundAloneWhenTheServiceFails)
     const QString later = QStringLiteral("https://voice.test/later.mp3");
     sound.playSoundWithURLString_(later);
 
-    ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return spokenOffline.has_value(); }, 30000));
     EXPECT_FALSE(*spokenOffline);
     EXPECT_EQ(strings(recording(sound)->played()).last(), later);
 }
