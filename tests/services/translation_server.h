@@ -14,7 +14,7 @@ namespace lexicorn::testing {
 // request they receive.
 class TranslationServer {
 public:
-    // config: {"ROLE": {"answer"|"body", "status", "layout"}, ...}; see the script.
+    // config: {"ROLE": {"answer"|"body", "status"}, ...}; see the script.
     explicit TranslationServer(const QJsonObject& config);
 
     bool started() const { return !ports_.isEmpty(); }

@@ -5,7 +5,7 @@
 
 Modes: hang (accepts, reads, never answers), garbage (answers 200 with a body
 that is not JSON), slow (answers a valid AnkiConnect reply after 3 seconds),
-error500 (answers HTTP 500), close (closes the connection without answering),
+close (closes the connection without answering),
 array (answers 200 with the JSON array [1, 2]),
 echo (answers {"result": {"body": the request body as JSON, "headers": {...},
 "method": ..., "path": ...}, "error": null}, to check what a client sent).
@@ -49,8 +49,6 @@ def serve(conn):
             answer(conn, 200, b'{"result": 6, "error": null}')
         elif mode == "array":
             answer(conn, 200, b"[1, 2]")
-        elif mode == "error500":
-            answer(conn, 500, b"Internal Server Error")
         elif mode == "echo":
             method, path, _ = request_head[0].split(" ", 2)
             headers = dict(line.split(": ", 1) for line in request_head[1:] if ": " in line)

@@ -5,15 +5,14 @@
 
 CONFIG_JSON maps a service role to how it answers, e.g.
 
-    {"google_cn": {"answer": "你好"}, "youdao": {"answer": "", "layout": "list"},
+    {"google_cn": {"answer": "你好"}, "youdao": {"answer": ""},
      "eudic": {"status": 500, "body": "<!DOCTYPE html><html>...</html>"}}
 
 Roles: google_cn, google, youdao, eudic, deepl. Every role listed gets a port
 of its own. "answer" is put in that service's reply format (an empty answer
 gives the service's reply with no translation in it); "body" is sent as it
-stands instead; "status" is the HTTP status (200 when absent). For youdao,
-"layout" is "sentence" (the machine translation block, the default) or
-"list" (a word's list of meanings; the answer's "；" separates the items).
+stands instead; "status" is the HTTP status (200 when absent). Youdao's
+answer comes in its machine translation block.
 
 The control port, printed as "listening on 127.0.0.1:PORT" when ready, answers
 GET /ports with {"ROLE": PORT, ...} and GET /requests with every request the
@@ -40,7 +39,7 @@ def google_reply(answer):
                        None, "en", None, None, None, 0.9, [], [["en"], None, [0.9], ["en"]]], ensure_ascii=False)
 
 
-def youdao_reply(answer, layout):
+def youdao_reply(answer):
     head = ('<!DOCTYPE html>\n<html xmlns="http://www.w3.org/1999/xhtml" class="ua-ch ua-ch-55 ua-wk ua-win">\n'
             '<head>\n    <meta name="robots" content="noarchive"/>\n'
             '    <title>有道词典</title>\n</head>\n<body class="t0">\n'
@@ -48,11 +47,6 @@ def youdao_reply(answer, layout):
     tail = '    <div id="webTrans" class="trans-wrapper trans-tab">\n    </div>\n</div>\n</body>\n</html>\n'
     if not answer:
         return head + '    <div class="error-wrapper">\n        <h4>抱歉，没有找到相关内容</h4>\n    </div>\n' + tail
-    if layout == "list":
-        items = "".join("            <li>%s</li>\n" % item for item in answer.split("；"))
-        return (head + '    <div id="phrsListTab" class="trans-wrapper clearfix">\n'
-                '        <div class="trans-container">\n            <ul>\n' + items +
-                '            </ul>\n        </div>\n    </div>\n' + tail)
     return (head + '    <div id="fanyiToggle">\n        <div class="trans-container">\n'
             '            <p>%s</p>\n'
             '            <p>以上为机器翻译结果，长、整句建议使用 <a class="viaInner" href="http://f.youdao.com?keyfrom=dict.result" '
@@ -74,7 +68,7 @@ def reply_for(role, settings):
     if role in ("google_cn", "google"):
         return google_reply(answer)
     if role == "youdao":
-        return youdao_reply(answer, settings.get("layout", "sentence"))
+        return youdao_reply(answer)
     if role == "eudic":
         return answer
     return deepl_reply(answer)
