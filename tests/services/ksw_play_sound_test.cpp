@@ -75,12 +75,11 @@ TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
             {QStringLiteral("sound://alias.mp3"), QStringLiteral("a.mp3")},
         };
         // Compared as text, so that a failure shows readable paths.
-        const auto shown = [](const std::optional<QString>& path) {
-            return path ? path->toStdString() : std::string("(nothing)");
-        };
+        const QString none = QStringLiteral("(nothing)");
         for (const Case& c : cases) {
-            const std::optional<QString> expected = c.expected ? std::optional(realDict + *c.expected) : std::nullopt;
-            EXPECT_EQ(shown(KSWPlaySound::localSoundPathWith_(c.reference)), shown(expected)) << c.reference.toStdString();
+            EXPECT_EQ(KSWPlaySound::localSoundPathWith_(c.reference).value_or(none).toStdString(),
+                      (c.expected ? realDict + *c.expected : none).toStdString())
+                << c.reference.toStdString();
         }
     }
 }
