@@ -20,26 +20,16 @@ import socket_server  # noqa: E402
 DELAY = float(sys.argv[1]) if len(sys.argv) > 1 else 0.0
 
 
-def serve(conn):
-    pending = b""
-    with conn:
-        while True:
-            request, pending = socket_server.read_request(conn, pending)
-            if request is None:
-                return
-            target = request[0][0].split(" ")[1]
-            print("request", target, file=sys.stderr, flush=True)
-            path, _, query = target.partition("?")
-            fields = dict(part.partition("=")[::2] for part in query.split("&"))
-            word = fields.get("audio")
-            time.sleep(DELAY)
-            if path != "/dictvoice" or fields.get("type") != "2" or word is None or word == "missing":
-                status, body = b"404 Not Found", b"not found"
-            else:
-                status, body = b"200 OK", b"ID3 fake mp3 for " + word.encode()
-            # Headers and body leave together, as from a real service.
-            conn.sendall(b"HTTP/1.1 %s\r\nContent-Type: audio/mpeg\r\nContent-Length: %d\r\n\r\n" % (status, len(body))
-                         + body)
+def answer(lines, body):
+    target = lines[0].split(" ")[1]
+    print("request", target, file=sys.stderr, flush=True)
+    path, _, query = target.partition("?")
+    fields = dict(part.partition("=")[::2] for part in query.split("&"))
+    word = fields.get("audio")
+    time.sleep(DELAY)
+    if path != "/dictvoice" or fields.get("type") != "2" or word is None or word == "missing":
+        return 404, "audio/mpeg", b"not found"
+    return 200, "audio/mpeg", b"ID3 fake mp3 for " + word.encode()
 
 
-socket_server.run(serve)
+socket_server.run(socket_server.each_request(answer))

@@ -2,8 +2,11 @@
 port, hand each connection to serve(conn) on a thread of its own, print
 "listening on 127.0.0.1:PORT" once ready, and run until stdin closes.
 With tls_pem (a file holding a key and its certificate) every connection is
-TLS, for tests of https. read_request reads one request off a connection."""
+TLS, for tests of https. read_request reads one request off a connection;
+each_request makes a serve(conn) for servers that answer every request on a
+kept-alive connection the same way."""
 
+import http
 import socket
 import ssl
 import sys
@@ -33,7 +36,25 @@ def read_request(conn, pending=b""):
     return (lines, rest[:length]), rest[length:]
 
 
-def run(serve, tls_pem=None):
+def each_request(answer):
+    """A serve(conn) that calls answer(head lines, body) for each request and
+    sends the (status, content type, body) it returns."""
+    def serve(conn):
+        pending = b""
+        with conn:
+            while True:
+                request, pending = read_request(conn, pending)
+                if request is None:
+                    return
+                status, content_type, body = answer(*request)
+                head = "HTTP/1.1 %d %s\r\nContent-Type: %s\r\nContent-Length: %d\r\n\r\n" % (
+                    status, http.HTTPStatus(status).phrase, content_type, len(body))
+                conn.sendall(head.encode() + body)
+    return serve
+
+
+def listen(serve, tls_pem=None):
+    """Serves each connection to a free 127.0.0.1 port; returns the port."""
     server = socket.socket()
     server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
     server.bind(("127.0.0.1", 0))
@@ -58,5 +79,9 @@ def run(serve, tls_pem=None):
             threading.Thread(target=handle, args=(conn,), daemon=True).start()
 
     threading.Thread(target=accept_loop, daemon=True).start()
-    print("listening on 127.0.0.1:%d" % server.getsockname()[1], flush=True)
+    return server.getsockname()[1]
+
+
+def run(serve, tls_pem=None):
+    print("listening on 127.0.0.1:%d" % listen(serve, tls_pem), flush=True)
     sys.stdin.read()
