@@ -47,12 +47,6 @@ QJsonObject services(std::initializer_list<std::pair<QString, QJsonObject>> over
     return config;
 }
 
-void pointEveryHostAt(const QString& root)
-{
-    for (const QString& role : testing::allTranslationRoles())
-        UserDefaults::standard().set(testing::hostKeyOf(role), root);
-}
-
 TEST_F(TranslateTest, EngineNumberPicksTheServicesInOrder)
 {
     const QString gcn = QStringLiteral("google_cn"), youdao = QStringLiteral("youdao"), google = QStringLiteral("google"),
@@ -185,7 +179,8 @@ TEST_F(TranslateTest, HangingServiceIsGivenUpAfterItsTimeOut)
 {
     ServerProcess hang(QStringLiteral("python3"), {testing::faultServerScript(), QStringLiteral("hang")});
     ASSERT_TRUE(hang.started());
-    pointEveryHostAt(hang.url());
+    for (const QString& role : testing::allTranslationRoles())
+        UserDefaults::standard().set(testing::hostKeyOf(role), hang.url());
     struct Case {
         const char* name;
         std::function<QString()> call;
