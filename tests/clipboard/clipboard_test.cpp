@@ -1,9 +1,7 @@
 #include "lexicorn/clipboard/clipboard.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QThread>
-#include <QTimer>
+#include <QtCore/qtestsupport_core.h>
 
 #include <gtest/gtest.h>
 
@@ -16,18 +14,6 @@ namespace {
 Pasteboard& pasteboard()
 {
     return Pasteboard::general();
-}
-
-// Runs the event loop until done() holds or the limit passes; the limit only
-// stops a broken test from hanging.
-bool runEventsUntil(const std::function<bool()>& done)
-{
-    QDeadlineTimer deadline(30000);
-    while (!done() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        QThread::msleep(2);
-    }
-    return done();
 }
 
 TEST(Clipboard, ReportsTheTextOnThePasteboardWhenItHasChanged)
@@ -118,9 +104,9 @@ TEST(Clipboard, TheTimerPollsUntilAHookStopsIt)
             watcher.stopListening();
     });
     watcher.copy(QStringLiteral("first"));
-    ASSERT_TRUE(runEventsUntil([&] { return reported.size() == 1; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return reported.size() == 1; }, 30000));
     watcher.copy(QStringLiteral("stop"));
-    ASSERT_TRUE(runEventsUntil([&] { return !watcher.isRunning(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !watcher.isRunning(); }, 30000));
     EXPECT_EQ(reported, (QStringList{"first", "stop"}));
     // Let the stopped timer's deferred deletion run.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

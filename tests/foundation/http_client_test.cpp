@@ -17,19 +17,16 @@ using testing::ServerProcess;
 const QString shapesServer = QStringLiteral(LEXICORN_TESTS_DIR "/support/http_shapes_server.py");
 const QString testKeyAndCertificate = QStringLiteral(LEXICORN_TESTS_DIR "/support/tls_localhost.pem");
 
-HttpRequest requestFor(const QString& url, const QByteArray& method = "GET", const QByteArray& body = {})
+HttpResponse get(const QString& url, const QByteArray& method = "GET", const QByteArray& body = {},
+                 qsizetype cap = HttpRequest().maxReplyBytes)
 {
     HttpRequest request;
     request.method = method;
     request.url = QUrl(url);
     request.body = body;
     request.timeout = std::chrono::milliseconds(3000);
-    return request;
-}
-
-HttpResponse get(const QString& url, const QByteArray& method = "GET", const QByteArray& body = {})
-{
-    return HttpClient::shared().send(requestFor(url, method, body));
+    request.maxReplyBytes = cap;
+    return HttpClient::shared().send(request);
 }
 
 int connectionsSeen(ServerProcess& server)
@@ -167,9 +164,7 @@ TEST(HttpClient, RefusesRepliesLargerThanTheCap)
             if (c.plainOnly && url.startsWith(QStringLiteral("https:")))
                 continue;
             const std::string where = url.toStdString() + c.path;
-            HttpRequest request = requestFor(url + QString::fromUtf8(c.path));
-            request.maxReplyBytes = c.cap;
-            const HttpResponse response = HttpClient::shared().send(request);
+            const HttpResponse response = get(url + QString::fromUtf8(c.path), "GET", {}, c.cap);
             if (c.body) {
                 EXPECT_TRUE(response.replied()) << where << " " << response.error.toStdString();
                 EXPECT_EQ(response.body, QByteArray(c.body)) << where;

@@ -122,7 +122,7 @@ TEST(Hook, PassesArgumentsAndResultsAndNamesWhatIsMissing)
     }
 }
 
-TEST(HookMethod, ExchangeMakesTheHookSelectorRunTheOriginal)
+TEST(HookMethod, ExchangeMakesTheHookSelectorRunTheOriginalOnEitherSide)
 {
     Runtime runtime;
     Class& scroll = runtime.registerClass("MindMapScrollView");
@@ -137,11 +137,8 @@ TEST(HookMethod, ExchangeMakesTheHookSelectorRunTheOriginal)
                               "hook_scrollWheelGestureChanged:atPos:"));
     Object view(scroll);
     EXPECT_EQ(send<std::string>(view, "scrollWheelGestureChanged:atPos:", 2.0, 3), "hook, host 5");
-}
 
-TEST(HookMethod, ClassMethodExchangeWorksOnTheClassSide)
-{
-    Runtime runtime;
+    // The same on the class side.
     Class& debug = runtime.registerClass("Debug");
     runtime.addClassMethod(debug, "exemption", [](Class&) { return std::string("host"); });
     runtime.addClassMethod(debug, "hook_exemption",

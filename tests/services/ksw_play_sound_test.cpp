@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QtCore/qtestsupport_core.h>
 
 #include <gtest/gtest.h>
 
@@ -74,28 +75,28 @@ TEST(KSWPlaySoundLocalPath, FindsOnlyExistingFilesInsideDict)
             {QStringLiteral("sound://alias.mp3"), QStringLiteral("a.mp3")},
         };
         // Compared as text, so that a failure shows readable paths.
-        const auto shown = [](const std::optional<QString>& path) {
-            return path ? path->toStdString() : std::string("(nothing)");
-        };
+        const QString none = QStringLiteral("(nothing)");
         for (const Case& c : cases) {
-            const std::optional<QString> expected = c.expected ? std::optional(realDict + *c.expected) : std::nullopt;
-            EXPECT_EQ(shown(KSWPlaySound::localSoundPathWith_(c.reference)), shown(expected)) << c.reference.toStdString();
+            EXPECT_EQ(KSWPlaySound::localSoundPathWith_(c.reference).value_or(none).toStdString(),
+                      (c.expected ? realDict + *c.expected : none).toStdString())
+                << c.reference.toStdString();
         }
     }
 }
 
 TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
 {
+    const QString first = QStringLiteral("https://voice.test/first.mp3");
+    const QString second = QStringLiteral("https://voice.test/second.mp3");
     struct Case {
         SoundPlayerStatus status;
         bool reused;
+        QStringList itemsAfter;  // also what the player has played by then
     };
     const Case cases[] = {
-        {SoundPlayerStatus::readyToPlay, true},
-        {SoundPlayerStatus::failed, false},
+        {SoundPlayerStatus::readyToPlay, true, {first, second}},
+        {SoundPlayerStatus::failed, false, {second}},
     };
-    const QString first = QStringLiteral("https://voice.test/first.mp3");
-    const QString second = QStringLiteral("https://voice.test/second.mp3");
     for (const Case& c : cases) {
         SCOPED_TRACE(int(c.status));
         KSWPlaySound sound;
@@ -112,15 +113,9 @@ TEST(KSWPlaySoundPlayer, ReusesThePlayerOnlyWhenItIsReady)
         player = recording(sound);
         ASSERT_NE(player, nullptr);
         EXPECT_EQ(sound.playState, 1);
-        if (c.reused) {
-            EXPECT_EQ(player->serial(), firstSerial);
-            EXPECT_EQ(strings(player->items()), (QStringList{first, second}));
-            EXPECT_EQ(strings(player->played()), (QStringList{first, second}));
-        } else {
-            EXPECT_NE(player->serial(), firstSerial);
-            EXPECT_EQ(strings(player->items()), QStringList{second});
-            EXPECT_EQ(strings(player->played()), QStringList{second});
-        }
+        EXPECT_EQ(player->serial() == firstSerial, c.reused);
+        EXPECT_EQ(strings(player->items()), c.itemsAfter);
+        EXPECT_EQ(strings(player->played()), c.itemsAfter);
     }
 }
 
@@ -154,20 +149,16 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
     const auto voiceServer = testing::startVoiceServer();
     ASSERT_TRUE(voiceServer->started());
     struct Case {
-        QString service;
         QString word;
         bool offline;
     };
-    const Case cases[] = {
-        {voiceServer->url(), QStringLiteral("hello"), false},
-        {voiceServer->url(), QStringLiteral("missing"), true},  // the service answers 404
-    };
+    const Case cases[] = {{QStringLiteral("hello"), false}, {QStringLiteral("missing"), true}};  // "missing": a 404
     for (const Case& c : cases) {
-        SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
+        SCOPED_TRACE(c.word.toStdString());
         TempHome home;
-        testing::useVoiceService(c.service);
+        testing::useVoiceService(voiceServer->url());
         const QString voice = voiceURL(c.word).toString(QUrl::FullyEncoded);
-        ASSERT_TRUE(voice.startsWith(c.service + QStringLiteral("/dictvoice?audio=")));
+        ASSERT_TRUE(voice.startsWith(voiceServer->url() + QStringLiteral("/dictvoice?audio=")));
 
         KSWPlaySound sound;
         std::optional<bool> spokenOffline;
@@ -183,7 +174,7 @@ TEST(KSWPlaySoundWord, SpeaksOfflineExactlyWhenTheVoiceServiceHasNoFile)
         // Ready, so a fallback goes to this same player and its record shows both.
         recording(sound)->setStatus(SoundPlayerStatus::readyToPlay);
 
-        ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return spokenOffline.has_value(); }, 30000));
         EXPECT_EQ(*spokenOffline, c.offline);
         const QList<QUrl> played(recording(sound)->played().begin(), recording(sound)->played().end());
         if (!c.offline) {
@@ -211,7 +202,7 @@ TEST(KSWPlaySoundWord, LeavesALaterSoundAloneWhenTheServiceFails)
     const QString later = QStringLiteral("https://voice.test/later.mp3");
     sound.playSoundWithURLString_(later);
 
-    ASSERT_TRUE(testing::runEventsUntil([&] { return spokenOffline.has_value(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return spokenOffline.has_value(); }, 30000));
     EXPECT_FALSE(*spokenOffline);
     EXPECT_EQ(strings(recording(sound)->played()).last(), later);
 }

@@ -10,7 +10,7 @@
 namespace lexicorn {
 namespace {
 
-TEST(SoundOfflineVoice, SaysWordsAsCompleteWavFiles)
+TEST(SoundOfflineVoice, SaysWordsAsCompleteWavFilesAndBlankTextAsNothing)
 {
     const QString words[] = {QStringLiteral("hello"), QStringLiteral("ice cream"), QStringLiteral("naïve"),
                              QStringLiteral("  pronunciation  ")};
@@ -22,10 +22,6 @@ TEST(SoundOfflineVoice, SaysWordsAsCompleteWavFiles)
         EXPECT_GE(check.samples, check.sampleRate / 5) << word.toStdString();
         EXPECT_FALSE(check.silent) << word.toStdString();
     }
-}
-
-TEST(SoundOfflineVoice, HasNothingToSayForBlankText)
-{
     for (const QString& blank : {QString(), QStringLiteral("   "), QStringLiteral("\n\t")})
         EXPECT_TRUE(offlinePronunciation(blank).isEmpty());
 }

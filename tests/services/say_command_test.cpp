@@ -1,9 +1,8 @@
 #include "sound_test_support.h"
 
-#include <QFile>
-#include <QProcess>
-
 #include "support/cli_run.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -11,28 +10,26 @@ namespace lexicorn {
 namespace {
 
 using testing::CliRun;
-const auto lexicorn = testing::runLexicorn;
-
 using testing::TempHome;
+const auto lexicorn = testing::runLexicorn;
 
 TEST(SayCommand, WritesTheServiceFileOrElseTheOfflineVoice)
 {
     const auto voiceServer = testing::startVoiceServer();
     ASSERT_TRUE(voiceServer->started());
     struct Case {
-        QString service;
         QString word;
         QByteArray serviceFile;  // expected content; empty when the offline WAV is expected
         const char* said;
     };
     const Case cases[] = {
-        {voiceServer->url(), QStringLiteral("hello"), "ID3 fake mp3 for hello", "of MP3 from the voice service"},
-        {voiceServer->url(), QStringLiteral("missing"), {}, "of WAV from the offline voice (eSpeak NG; the voice service failed: the voice service answered HTTP 404)"},
+        {QStringLiteral("hello"), "ID3 fake mp3 for hello", "of MP3 from the voice service"},
+        {QStringLiteral("missing"), {}, "of WAV from the offline voice (eSpeak NG; the voice service failed: the voice service answered HTTP 404)"},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE((c.service + u' ' + c.word).toStdString());
+        SCOPED_TRACE(c.word.toStdString());
         TempHome home;
-        testing::useVoiceService(c.service);
+        testing::useVoiceService(voiceServer->url());
         const QString out = home.path() + QStringLiteral("/voice.audio");
         const CliRun run = lexicorn({QStringLiteral("say"), QStringLiteral("--out"), out, c.word});
         EXPECT_EQ(run.status, 0) << run.err.toStdString();

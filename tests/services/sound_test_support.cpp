@@ -4,9 +4,6 @@
 
 #include "foundation/user_defaults.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QThread>
 #include <QtEndian>
 
 namespace lexicorn::testing {
@@ -45,16 +42,6 @@ std::unique_ptr<ServerProcess> startVoiceServer()
 void useVoiceService(const QString& base)
 {
     UserDefaults::standard().set(keys::voiceHost, base);
-}
-
-bool runEventsUntil(const std::function<bool()>& done, std::chrono::milliseconds limit)
-{
-    QDeadlineTimer deadline(limit);
-    while (!done() && !deadline.hasExpired()) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        QThread::msleep(5);
-    }
-    return done();
 }
 
 }  // namespace lexicorn::testing

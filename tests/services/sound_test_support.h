@@ -6,8 +6,6 @@
 #include <QByteArray>
 #include <QString>
 
-#include <chrono>
-#include <functional>
 #include <memory>
 
 namespace lexicorn::testing {
@@ -26,9 +24,5 @@ std::unique_ptr<ServerProcess> startVoiceServer();
 
 // Points the voice service setting of the current home at base.
 void useVoiceService(const QString& base);
-
-// Runs the event loop until done() holds or the limit passes; returns done().
-// The limit only stops a broken test from hanging.
-bool runEventsUntil(const std::function<bool()>& done, std::chrono::milliseconds limit = std::chrono::seconds(30));
 
 }  // namespace lexicorn::testing

@@ -70,21 +70,14 @@ QStringList allTranslationRoles()
             QStringLiteral("deepl")};
 }
 
-QString headerOf(const QJsonObject& request, const QString& name)
+QStringList headerValues(const QJsonObject& request, const QString& name)
 {
+    QStringList values;
     for (const QJsonValue& header : request[QStringLiteral("headers")].toArray()) {
         if (header[0].toString().compare(name, Qt::CaseInsensitive) == 0)
-            return header[1].toString();
+            values.append(header[1].toString());
     }
-    return QString();
-}
-
-int headerCount(const QJsonObject& request, const QString& name)
-{
-    int count = 0;
-    for (const QJsonValue& header : request[QStringLiteral("headers")].toArray())
-        count += header[0].toString().compare(name, Qt::CaseInsensitive) == 0;
-    return count;
+    return values;
 }
 
 }  // namespace lexicorn::testing

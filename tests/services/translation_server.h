@@ -14,7 +14,7 @@ namespace lexicorn::testing {
 // request they receive.
 class TranslationServer {
 public:
-    // config: {"ROLE": {"answer"|"body", "status", "layout"}, ...}; see the script.
+    // config: {"ROLE": {"answer"|"body", "status"}, ...}; see the script.
     explicit TranslationServer(const QJsonObject& config);
 
     bool started() const { return !ports_.isEmpty(); }
@@ -40,9 +40,7 @@ private:
 QString hostKeyOf(const QString& role);
 // Every role, in the order the automatic engine asks them, then DeepL.
 QStringList allTranslationRoles();
-// A header of a recorded request, by name in any case; null when missing.
-QString headerOf(const QJsonObject& request, const QString& name);
-// How many times a header appears in a recorded request, by name in any case.
-int headerCount(const QJsonObject& request, const QString& name);
+// Every value of a header in a recorded request, by name in any case, in order.
+QStringList headerValues(const QJsonObject& request, const QString& name);
 
 }  // namespace lexicorn::testing

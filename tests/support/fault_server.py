@@ -5,7 +5,7 @@
 
 Modes: hang (accepts, reads, never answers), garbage (answers 200 with a body
 that is not JSON), slow (answers a valid AnkiConnect reply after 3 seconds),
-error500 (answers HTTP 500), close (closes the connection without answering),
+close (closes the connection without answering),
 array (answers 200 with the JSON array [1, 2]),
 echo (answers {"result": {"body": the request body as JSON, "headers": {...},
 "method": ..., "path": ...}, "error": null}, to check what a client sent).
@@ -25,26 +25,6 @@ lock = threading.Lock()
 count = 0
 
 
-def read_request(conn):
-    data = b""
-    while b"\r\n\r\n" not in data:
-        chunk = conn.recv(65536)
-        if not chunk:
-            return None
-        data += chunk
-    head, _, body = data.partition(b"\r\n\r\n")
-    length = 0
-    for line in head.split(b"\r\n"):
-        if line.lower().startswith(b"content-length:"):
-            length = int(line.split(b":")[1])
-    while len(body) < length:
-        chunk = conn.recv(65536)
-        if not chunk:
-            break
-        body += chunk
-    return head.decode("latin-1").split("\r\n"), body
-
-
 def answer(conn, status, body):
     conn.sendall(b"HTTP/1.1 %d X\r\nContent-Type: application/json\r\nContent-Length: %d\r\n"
                  b"Connection: close\r\n\r\n" % (status, len(body)) + body)
@@ -53,7 +33,7 @@ def answer(conn, status, body):
 def serve(conn):
     global count
     with conn:
-        request = read_request(conn)
+        request, _ = socket_server.read_request(conn)
         if request is None:
             return
         request_head, body = request
@@ -69,8 +49,6 @@ def serve(conn):
             answer(conn, 200, b'{"result": 6, "error": null}')
         elif mode == "array":
             answer(conn, 200, b"[1, 2]")
-        elif mode == "error500":
-            answer(conn, 500, b"Internal Server Error")
         elif mode == "echo":
             method, path, _ = request_head[0].split(" ", 2)
             headers = dict(line.split(": ", 1) for line in request_head[1:] if ": " in line)

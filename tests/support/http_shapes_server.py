@@ -29,24 +29,6 @@ connections = 0
 pair = threading.Barrier(2)
 
 
-def read_request(conn, pending):
-    while b"\r\n\r\n" not in pending:
-        chunk = conn.recv(65536)
-        if not chunk:
-            return None, b""
-        pending += chunk
-    head, _, rest = pending.partition(b"\r\n\r\n")
-    lines = head.decode("latin-1").split("\r\n")
-    length = 0
-    for line in lines[1:]:
-        name, _, value = line.partition(":")
-        if name.strip().lower() == "content-length":
-            length = int(value)
-    while len(rest) < length:
-        rest += conn.recv(65536)
-    return (lines[0], rest[:length]), rest[length:]
-
-
 def stream_forever(conn, head, piece):
     """Sends head, then piece again and again until the client hangs up."""
     try:
@@ -75,11 +57,12 @@ def serve(conn):
     served = 0
     with conn:
         while True:
-            request, pending = read_request(conn, pending)
+            request, pending = socket_server.read_request(conn, pending)
             if request is None:
                 return
             served += 1
-            line, body = request
+            lines, body = request
+            line = lines[0]
             method, target = line.split(" ")[:2]
             path = target.split("?")[0]
             if path == "/length":

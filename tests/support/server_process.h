@@ -31,7 +31,7 @@ private:
 };
 
 // A Python fault server (see tests/support/fault_server.py) in one of its
-// modes: hang, garbage, slow, error500, close.
+// modes: hang, garbage, slow, close, array, echo.
 QString faultServerScript();
 // A port on 127.0.0.1 where nothing listens.
 int closedPort();

@@ -5,15 +5,14 @@
 
 CONFIG_JSON maps a service role to how it answers, e.g.
 
-    {"google_cn": {"answer": "你好"}, "youdao": {"answer": "", "layout": "list"},
+    {"google_cn": {"answer": "你好"}, "youdao": {"answer": ""},
      "eudic": {"status": 500, "body": "<!DOCTYPE html><html>...</html>"}}
 
 Roles: google_cn, google, youdao, eudic, deepl. Every role listed gets a port
 of its own. "answer" is put in that service's reply format (an empty answer
 gives the service's reply with no translation in it); "body" is sent as it
-stands instead; "status" is the HTTP status (200 when absent). For youdao,
-"layout" is "sentence" (the machine translation block, the default) or
-"list" (a word's list of meanings; the answer's "；" separates the items).
+stands instead; "status" is the HTTP status (200 when absent). Youdao's
+answer comes in its machine translation block.
 
 The control port, printed as "listening on 127.0.0.1:PORT" when ready, answers
 GET /ports with {"ROLE": PORT, ...} and GET /requests with every request the
@@ -21,10 +20,11 @@ roles received, in order: [{"role", "method", "target", "headers": [[name,
 value], ...], "body"}, ...]. Exits when stdin closes.
 """
 
-import http.server
 import json
 import sys
 import threading
+
+import socket_server
 
 config = json.loads(sys.argv[1])
 lock = threading.Lock()
@@ -40,7 +40,7 @@ def google_reply(answer):
                        None, "en", None, None, None, 0.9, [], [["en"], None, [0.9], ["en"]]], ensure_ascii=False)
 
 
-def youdao_reply(answer, layout):
+def youdao_reply(answer):
     head = ('<!DOCTYPE html>\n<html xmlns="http://www.w3.org/1999/xhtml" class="ua-ch ua-ch-55 ua-wk ua-win">\n'
             '<head>\n    <meta name="robots" content="noarchive"/>\n'
             '    <title>有道词典</title>\n</head>\n<body class="t0">\n'
@@ -48,11 +48,6 @@ def youdao_reply(answer, layout):
     tail = '    <div id="webTrans" class="trans-wrapper trans-tab">\n    </div>\n</div>\n</body>\n</html>\n'
     if not answer:
         return head + '    <div class="error-wrapper">\n        <h4>抱歉，没有找到相关内容</h4>\n    </div>\n' + tail
-    if layout == "list":
-        items = "".join("            <li>%s</li>\n" % item for item in answer.split("；"))
-        return (head + '    <div id="phrsListTab" class="trans-wrapper clearfix">\n'
-                '        <div class="trans-container">\n            <ul>\n' + items +
-                '            </ul>\n        </div>\n    </div>\n' + tail)
     return (head + '    <div id="fanyiToggle">\n        <div class="trans-container">\n'
             '            <p>%s</p>\n'
             '            <p>以上为机器翻译结果，长、整句建议使用 <a class="viaInner" href="http://f.youdao.com?keyfrom=dict.result" '
@@ -74,61 +69,35 @@ def reply_for(role, settings):
     if role in ("google_cn", "google"):
         return google_reply(answer)
     if role == "youdao":
-        return youdao_reply(answer, settings.get("layout", "sentence"))
+        return youdao_reply(answer)
     if role == "eudic":
         return answer
     return deepl_reply(answer)
 
 
-class Handler(http.server.BaseHTTPRequestHandler):
-    protocol_version = "HTTP/1.1"
-    role = None  # set per port
-
-    def log_message(self, *args):
-        pass
-
-    def send_body(self, status, body, content_type):
-        data = body.encode("utf-8")
-        self.send_response(status)
-        self.send_header("Content-Type", content_type)
-        self.send_header("Content-Length", str(len(data)))
-        self.end_headers()
-        self.wfile.write(data)
-
-    def handle_any(self):
-        length = int(self.headers.get("Content-Length") or 0)
-        body = self.rfile.read(length) if length else b""
-        if self.role is None:
-            return self.control()
+def answer_for(role):
+    def answer(lines, body):
+        method, target = lines[0].split(" ")[:2]
         with lock:
-            requests.append({"role": self.role, "method": self.command, "target": self.path,
-                             "headers": [[name, value] for name, value in self.headers.items()],
+            headers = [[name, value.strip()] for name, _, value in (line.partition(":") for line in lines[1:])]
+            requests.append({"role": role, "method": method, "target": target, "headers": headers,
                              "body": body.decode("utf-8", "replace")})
-        settings = config[self.role]
-        content_type = "text/plain; charset=utf-8" if self.role == "eudic" else (
-            "text/html; charset=utf-8" if self.role == "youdao" else "application/json; charset=utf-8")
-        self.send_body(settings.get("status", 200), reply_for(self.role, settings), content_type)
-
-    def control(self):
-        if self.path == "/ports":
-            return self.send_body(200, json.dumps(ports), "application/json")
-        if self.path == "/requests":
-            with lock:
-                return self.send_body(200, json.dumps(requests, ensure_ascii=False), "application/json")
-        self.send_body(404, "no such control path", "text/plain")
-
-    do_GET = do_POST = do_PUT = do_HEAD = handle_any
+        settings = config[role]
+        content_type = "text/plain; charset=utf-8" if role == "eudic" else (
+            "text/html; charset=utf-8" if role == "youdao" else "application/json; charset=utf-8")
+        return settings.get("status", 200), content_type, reply_for(role, settings).encode("utf-8")
+    return answer
 
 
-def serve(role):
-    handler = type("Handler_" + (role or "control"), (Handler,), {"role": role})
-    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
-    server.daemon_threads = True
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-    return server.server_address[1]
+def control(lines, body):
+    path = lines[0].split(" ")[1]
+    if path == "/ports":
+        return 200, "application/json", json.dumps(ports).encode()
+    if path == "/requests":
+        with lock:
+            return 200, "application/json", json.dumps(requests, ensure_ascii=False).encode("utf-8")
+    return 404, "text/plain", b"no such control path"
 
 
-ports = {role: serve(role) for role in config}
-control_port = serve(None)
-print("listening on 127.0.0.1:%d" % control_port, flush=True)
-sys.stdin.read()
+ports = {role: socket_server.listen(socket_server.each_request(answer_for(role))) for role in config}
+socket_server.run(socket_server.each_request(control))
