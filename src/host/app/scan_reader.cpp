@@ -14,7 +14,13 @@ namespace lexicorn::host {
 
 ScanReader::ScanReader(BookDocument& book) : book_(book), queue_(SerialQueue::create(QStringLiteral("lexicorn.ocr"))) {}
 
-ScanReader::~ScanReader() = default;
+// A page being read is waited for, so no recognition outlives its book, nor
+// the process's end: Tesseract's shared data goes with the process.
+ScanReader::~ScanReader()
+{
+    *closing_ = true;
+    queue_->sync([] {});
+}
 
 void ScanReader::pageShown(int pageNo)
 {
@@ -28,7 +34,9 @@ void ScanReader::pageShown(int pageNo)
     // The worker opens the file itself: a Poppler document is used by one
     // thread only.
     QPointer<ScanReader> self(this);
-    queue_->async([self, path = book_.path(), md5 = book_.bookMd5(), pageNo] {
+    queue_->async([self, closing = closing_, path = book_.path(), md5 = book_.bookMd5(), pageNo] {
+        if (*closing)
+            return;
         QString problem;
         PageLines lines;
         if (const std::unique_ptr<Poppler::Document> scan = Poppler::Document::load(path))

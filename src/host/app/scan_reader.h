@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 #include <set>
 
@@ -45,6 +46,8 @@ private:
 
     BookDocument& book_;
     std::shared_ptr<SerialQueue> queue_;
+    // Set when the reader goes: pages not started yet are skipped.
+    std::shared_ptr<std::atomic<bool>> closing_ = std::make_shared<std::atomic<bool>>(false);
     std::set<int> asked_;    // pages sent to be read, or read
     std::set<int> waiting_;  // of those, the ones not back yet
     bool unavailable_ = false;
